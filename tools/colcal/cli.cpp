@@ -1,0 +1,110 @@
+#include "cli.h"
+
+#include <QFile>
+#include <QJsonDocument>
+#include <QTextStream>
+
+#include <cmath>
+#include <cstdio>
+
+namespace cli {
+
+Error::Error(const QString& message, int exitCode)
+    : std::runtime_error(message.toStdString()), m_exitCode(exitCode)
+{
+}
+
+Args::Args(const QStringList& words, const QStringList& flags, const QStringList& valued)
+{
+    for (int i = 0; i < words.size(); ++i) {
+        const QString& w = words[i];
+        if (!w.startsWith("--")) {
+            m_positional << w;
+            continue;
+        }
+        const QString name = w.mid(2);
+        if (valued.contains(name)) {
+            if (i + 1 >= words.size())
+                throw Error(QString("option %1 needs a value").arg(w), BadInput);
+            m_valuedNames << name;
+            m_values << words[++i];
+        } else if (flags.contains(name)) {
+            m_flags << name;
+        } else {
+            throw Error(QString("unknown option %1").arg(w), BadInput);
+        }
+    }
+}
+
+bool Args::has(const QString& name) const
+{
+    return m_valuedNames.contains(name);
+}
+
+QString Args::value(const QString& name, const QString& fallback) const
+{
+    const int i = m_valuedNames.lastIndexOf(name);
+    return i < 0 ? fallback : m_values[i];
+}
+
+std::vector<std::vector<double>> readNumberRows(const QString& path, int columns, int rows,
+                                                double lo, double hi)
+{
+    QFile file;
+    const QString shown = path == "-" ? QString("<stdin>") : path;
+    const bool opened = path == "-" ? file.open(stdin, QIODevice::ReadOnly | QIODevice::Text)
+                                    : (file.setFileName(path), file.open(QIODevice::ReadOnly | QIODevice::Text));
+    if (!opened)
+        throw Error(QString("%1: cannot open: %2").arg(shown, file.errorString()), BadInput);
+
+    std::vector<std::vector<double>> out;
+    QTextStream in(&file);
+    int lineNo = 0;
+    while (!in.atEnd()) {
+        const QString line = in.readLine().trimmed();
+        ++lineNo;
+        if (line.isEmpty() || line.startsWith('#'))
+            continue;
+        const QStringList fields = line.split(',');
+        if (fields.size() != columns)
+            throw Error(QString("%1:%2: expected %3 comma-separated numbers, found %4")
+                            .arg(shown).arg(lineNo).arg(columns).arg(fields.size()),
+                        BadInput);
+        std::vector<double> row;
+        for (const QString& f : fields) {
+            bool ok = false;
+            const double v = f.trimmed().toDouble(&ok);
+            if (!ok || !std::isfinite(v))
+                throw Error(QString("%1:%2: not a number: \"%3\"").arg(shown).arg(lineNo).arg(f.trimmed()),
+                            BadInput);
+            if (v < lo || v > hi)
+                throw Error(QString("%1:%2: value %3 outside %4..%5")
+                                .arg(shown).arg(lineNo).arg(f.trimmed()).arg(lo).arg(hi),
+                            BadInput);
+            row.push_back(v);
+        }
+        out.push_back(row);
+        if (rows > 0 && static_cast<int>(out.size()) > rows)
+            throw Error(QString("%1:%2: more than %3 rows").arg(shown).arg(lineNo).arg(rows), BadInput);
+    }
+    if (rows > 0 && static_cast<int>(out.size()) != rows)
+        throw Error(QString("%1:%2: expected %3 rows, found %4").arg(shown).arg(lineNo).arg(rows).arg(out.size()),
+                    BadInput);
+    if (out.empty())
+        throw Error(QString("%1: no data rows").arg(shown), BadInput);
+    return out;
+}
+
+void printJson(const QJsonObject& object)
+{
+    print(QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)) + "\n");
+}
+
+void print(const QString& text)
+{
+    const QByteArray bytes = text.toUtf8();
+    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stdout);
+    std::fflush(stdout);
+}
+
+}  // namespace cli

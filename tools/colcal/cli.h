@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QString>
+#include <QStringList>
+
+#include <stdexcept>
+#include <vector>
+
+namespace cli {
+
+/// Exit codes shared by every subcommand.
+enum ExitCode { Ok = 0, Failed = 1, BadInput = 2, EngineError = 3 };
+
+/// A failure that ends the command with a one-line message on stderr.
+class Error : public std::runtime_error {
+public:
+    Error(const QString& message, int exitCode);
+    int exitCode() const { return m_exitCode; }
+
+private:
+    int m_exitCode;
+};
+
+/// Command-line words after the subcommand: positionals, `--flag` and `--option value`.
+class Args {
+public:
+    /// `valued` lists the options that take a value; any other `--name` is a flag.
+    Args(const QStringList& words, const QStringList& flags, const QStringList& valued);
+    const QStringList& positional() const { return m_positional; }
+    bool flag(const QString& name) const { return m_flags.contains(name); }
+    bool has(const QString& name) const;
+    QString value(const QString& name, const QString& fallback = QString()) const;
+
+private:
+    QStringList m_positional;
+    QStringList m_flags;
+    QStringList m_valuedNames;
+    QStringList m_values;
+};
+
+/// Rows of comma-separated numbers from `path` ("-" reads stdin); lines starting
+/// with "#" and blank lines are skipped. Each row must hold `columns` finite
+/// numbers in [lo, hi]; `rows` > 0 also fixes the number of rows.
+std::vector<std::vector<double>> readNumberRows(const QString& path, int columns, int rows,
+                                                double lo, double hi);
+
+/// One JSON object on stdout, compact, newline-terminated.
+void printJson(const QJsonObject& object);
+/// Text on stdout as it stands.
+void print(const QString& text);
+
+}  // namespace cli

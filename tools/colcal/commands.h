@@ -1,0 +1,7 @@
+#pragma once
+
+#include <QStringList>
+
+// Each subcommand takes the words after its name and returns the exit code;
+// bad input is thrown as cli::Error.
+int runDeltaE(const QStringList& args);

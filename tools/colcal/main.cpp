@@ -1,0 +1,60 @@
+#include "cli.h"
+#include "commands.h"
+
+#include <QCoreApplication>
+#include <QTextStream>
+
+#include <cstdio>
+#include <functional>
+#include <map>
+
+namespace {
+
+struct Command {
+    std::function<int(const QStringList&)> run;
+    const char* usage;
+};
+
+const std::map<QString, Command>& commands()
+{
+    static const std::map<QString, Command> table = {
+        {"delta-e", {runDeltaE, "delta-e FILE [--json]      CIEDE2000 dE and dC of Lab pairs (L1,a1,b1,L2,a2,b2 rows)"}},
+    };
+    return table;
+}
+
+void usage(FILE* to)
+{
+    std::fprintf(to, "usage: colcal COMMAND [ARGS]\n\ncommands:\n");
+    for (const auto& [name, cmd] : commands())
+        std::fprintf(to, "  %s\n", cmd.usage);
+    std::fprintf(to, "\nFILE \"-\" reads standard input. Exit codes: 0 ok, 1 failed, 2 bad input, 3 engine error.\n");
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    QStringList words = app.arguments().mid(1);
+    if (words.isEmpty() || words.first() == "--help" || words.first() == "-h") {
+        usage(words.isEmpty() ? stderr : stdout);
+        return words.isEmpty() ? cli::BadInput : cli::Ok;
+    }
+    const QString name = words.takeFirst();
+    const auto it = commands().find(name);
+    if (it == commands().end()) {
+        std::fprintf(stderr, "colcal: unknown command \"%s\"\n", qPrintable(name));
+        usage(stderr);
+        return cli::BadInput;
+    }
+    try {
+        return it->second.run(words);
+    } catch (const cli::Error& e) {
+        std::fprintf(stderr, "colcal %s: %s\n", qPrintable(name), e.what());
+        return e.exitCode();
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "colcal %s: %s\n", qPrintable(name), e.what());
+        return cli::Failed;
+    }
+}
