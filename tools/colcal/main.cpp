@@ -19,6 +19,7 @@ const std::map<QString, Command>& commands()
 {
     static const std::map<QString, Command> table = {
         {"delta-e", {runDeltaE, "delta-e FILE [--json]      CIEDE2000 dE and dC of Lab pairs (L1,a1,b1,L2,a2,b2 rows)"}},
+        {"engine", {runEngineCommand, "engine FILE [--json]       calibrate a measured chart (24 rows R,G,B, linear 0..255)"}},
     };
     return table;
 }
