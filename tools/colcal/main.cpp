@@ -19,6 +19,7 @@ const std::map<QString, Command>& commands()
 {
     static const std::map<QString, Command> table = {
         {"delta-e", {runDeltaE, "delta-e FILE [--json]      CIEDE2000 dE and dC of Lab pairs (L1,a1,b1,L2,a2,b2 rows)"}},
+        {"find-chart", {runFindChart, "find-chart IMAGE [--overlay OUT.png] [--json]   locate the 24-patch chart in an image"}},
     };
     return table;
 }
