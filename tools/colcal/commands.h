@@ -5,3 +5,6 @@
 // Each subcommand takes the words after its name and returns the exit code;
 // bad input is thrown as cli::Error.
 int runDeltaE(const QStringList& args);
+int runEngineCommand(const QStringList& args);
+int runFindChart(const QStringList& args);
+int runAnalyze(const QStringList& args);
