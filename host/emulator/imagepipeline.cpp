@@ -75,67 +75,67 @@ struct ColorStage {
     bool hsbc;
     bool mono;
 
-    inline void run(float rgb[3]) const
+    // The six-colour operator with the channel order looked up instead of
+    // branched on: noisy pixels change sector often, and mispredicted
+    // branches would cost more than the arithmetic. Same tests, same result
+    // as ColorAdjustment::apply.
+    inline void adjustColour(float rgb[3]) const
     {
-        float r = m[0] * rgb[0] + m[1] * rgb[1] + m[2] * rgb[2];
-        float g = m[3] * rgb[0] + m[4] * rgb[1] + m[5] * rgb[2];
-        float b = m[6] * rgb[0] + m[7] * rgb[1] + m[8] * rgb[2];
-        rgb[0] = r;
-        rgb[1] = g;
-        rgb[2] = b;
+        // code: which channel is smallest (0 R, 1 G, 2 B) and whether the
+        // first candidate of the other two is the largest.
+        static const int8_t kOrder[6][6] = {
+            // hi, mid, lo, i1, i2, sigma
+            {1, 2, 0, 2, 3, 1},   // R smallest, G largest
+            {2, 1, 0, 4, 3, -1},  // R smallest, B largest
+            {2, 0, 1, 4, 5, 1},   // G smallest, B largest
+            {0, 2, 1, 0, 5, -1},  // G smallest, R largest
+            {0, 1, 2, 0, 1, 1},   // B smallest, R largest
+            {1, 0, 2, 2, 1, -1},  // B smallest, G largest
+        };
+        const float r = rgb[0], g = rgb[1], b = rgb[2];
+        const bool rLow = (b >= r) & (g > r);
+        const bool gLow = !rLow & (r >= g) & (b > g);
+        const int lo = rLow ? 0 : (gLow ? 1 : 2);
+        const bool second = lo == 0 ? (b >= g) : (lo == 1 ? !(r >= b) : (g >= r));
+        const int8_t* o = kOrder[2 * lo + (second ? 1 : 0)];
+        const float mx = rgb[o[0]], md = rgb[o[1]], mn = rgb[o[2]];
+        const float sg = static_cast<float>(o[5]);
+        const float h1 = sg * p[o[3]], s1 = p[o[3] + 6], h2 = sg * p[o[4]], s2 = p[o[4] + 6];
+        const float d1 = mx - md, d2 = md - mn;
+        const float nHi = mx + h2 * d2;
+        const float nMid = mx - (h1 + s1) * d1 - h2 * d2;
+        const float nLo = mx - (s1 - h1) * d1 - s2 * d2;
+        rgb[o[0]] = nHi;
+        rgb[o[1]] = nMid;
+        rgb[o[2]] = nLo;
+    }
+
+    // Colour of one pixel from its demosaiced values to `out` (before the tone curve).
+    inline void run(float r0, float g0, float b0, float* out) const
+    {
+        float v[3] = {m[0] * r0 + m[1] * g0 + m[2] * b0, m[3] * r0 + m[4] * g0 + m[5] * b0,
+                      m[6] * r0 + m[7] * g0 + m[8] * b0};
         if (adjust)
-            ColorAdjustment::apply<float>(rgb, p);
+            adjustColour(v);
+        float r = v[0], g = v[1], b = v[2];
         if (hsbc) {
-            r = h[0] * rgb[0] + h[1] * rgb[1] + h[2] * rgb[2];
-            g = h[3] * rgb[0] + h[4] * rgb[1] + h[5] * rgb[2];
-            b = h[6] * rgb[0] + h[7] * rgb[1] + h[8] * rgb[2];
-            rgb[0] = r;
-            rgb[1] = g;
-            rgb[2] = b;
+            r = h[0] * v[0] + h[1] * v[1] + h[2] * v[2];
+            g = h[3] * v[0] + h[4] * v[1] + h[5] * v[2];
+            b = h[6] * v[0] + h[7] * v[1] + h[8] * v[2];
         }
         if (mono)
-            rgb[0] = rgb[1] = rgb[2] = 0.2126f * rgb[0] + 0.7152f * rgb[1] + 0.0722f * rgb[2];
+            r = g = b = 0.2126f * r + 0.7152f * g + 0.0722f * b;
+        out[0] = r;
+        out[1] = g;
+        out[2] = b;
     }
 };
 
 inline int toneIndex(float v)
 {
-    const float i = v * kToneScale;
-    return i <= 0.0f ? 0 : (i >= kToneSize - 1 ? kToneSize - 1 : static_cast<int>(i + 0.5f));
+    const float i = std::min(std::max(v * kToneScale + 0.5f, 0.0f), static_cast<float>(kToneSize - 1));
+    return static_cast<int>(i);
 }
-
-// Writes one processed pixel in the output format.
-struct Writer {
-    Kalto::EPixelType format;
-    uint8_t* data;
-    int width;
-    const uint16_t* tone;
-
-    inline void put(int x, int y, const float rgb[3]) const
-    {
-        const size_t i = static_cast<size_t>(y) * width + x;
-        switch (format) {
-        case Kalto::PixelType_RGB8packed:
-            data[3 * i] = static_cast<uint8_t>(tone[toneIndex(rgb[0])]);
-            data[3 * i + 1] = static_cast<uint8_t>(tone[toneIndex(rgb[1])]);
-            data[3 * i + 2] = static_cast<uint8_t>(tone[toneIndex(rgb[2])]);
-            break;
-        case Kalto::PixelType_BGR8packed:
-            data[3 * i] = static_cast<uint8_t>(tone[toneIndex(rgb[2])]);
-            data[3 * i + 1] = static_cast<uint8_t>(tone[toneIndex(rgb[1])]);
-            data[3 * i + 2] = static_cast<uint8_t>(tone[toneIndex(rgb[0])]);
-            break;
-        case Kalto::PixelType_Mono8:
-            data[i] = static_cast<uint8_t>(tone[toneIndex(rgb[0])]);
-            break;
-        default: {  // Mono12 in 16-bit little-endian words
-            const uint16_t v = tone[toneIndex(rgb[0])];
-            data[2 * i] = static_cast<uint8_t>(v & 0xff);
-            data[2 * i + 1] = static_cast<uint8_t>(v >> 8);
-        }
-        }
-    }
-};
 
 }  // namespace
 
@@ -353,49 +353,101 @@ void ImagePipeline::process(const RenderedScene& scene, const PipelineSettings& 
     const auto hm = hsbcMatrix(s.hueDeg, s.saturation);
     std::copy(hm.begin(), hm.end(), cs.h);
     cs.mono = Kalto::IsMono(format);
-    const Writer writer{format, dst, w, m_tone.data()};
+
+    // Black level and white balance once per sensor pixel: every neighbour a
+    // demosaicing step averages carries the same filter colour, so balancing
+    // before interpolating is the same as after.
+    m_lin.resize(static_cast<size_t>(w) * h);
+    for (int y = 0; y < h; ++y) {
+        const uint16_t* in = raw + static_cast<size_t>(y) * stride;
+        float* out = m_lin.data() + static_cast<size_t>(y) * w;
+        const float g0 = wb[(y & 1) ? 1 : 0] * rescale, g1 = wb[(y & 1) ? 2 : 1] * rescale;
+        const float b0 = black * wb[(y & 1) ? 1 : 0], b1 = black * wb[(y & 1) ? 2 : 1];
+        for (int x = 0; x < w; x += 2) {
+            const float v0 = static_cast<float>(in[x]) - ped, v1 = static_cast<float>(in[x + 1]) - ped;
+            out[x] = (v0 > 0.0f ? v0 * g0 : 0.0f) + b0;
+            out[x + 1] = (v1 > 0.0f ? v1 * g1 : 0.0f) + b1;
+        }
+    }
+    m_row.resize(static_cast<size_t>(3) * w);
+    float* row = m_row.data();
+    const float* L = m_lin.data();
 
     if (s.demosaicing == Demosaicing::Simple) {
         for (int y = 0; y < h; y += 2) {
+            const float* r0 = L + static_cast<size_t>(y) * w;
+            const float* r1 = r0 + w;
             for (int x = 0; x < w; x += 2) {
-                float rgb[3] = {lin(x, y) * wb[0], 0.5f * (lin(x + 1, y) + lin(x, y + 1)) * wb[1],
-                                lin(x + 1, y + 1) * wb[2]};
-                cs.run(rgb);
-                writer.put(x, y, rgb);
-                writer.put(x + 1, y, rgb);
-                writer.put(x, y + 1, rgb);
-                writer.put(x + 1, y + 1, rgb);
+                float* px = row + 3 * x;
+                cs.run(r0[x], 0.5f * (r0[x + 1] + r1[x]), r1[x + 1], px);
+                px[3] = px[0];
+                px[4] = px[1];
+                px[5] = px[2];
             }
+            writeRow(format, row, w, dst, y);
+            writeRow(format, row, w, dst, y + 1);
         }
         return;
     }
 
-    // Bilinear: mirrored borders keep the colour-filter parity.
-    auto mx = [w](int x) { return x < 0 ? 1 : (x >= w ? w - 2 : x); };
-    auto my = [h](int y) { return y < 0 ? 1 : (y >= h ? h - 2 : y); };
+    // Bilinear, with mirrored borders that keep the colour-filter parity.
     for (int y = 0; y < h; ++y) {
-        const int ym = my(y - 1), yp = my(y + 1);
-        for (int x = 0; x < w; ++x) {
-            const int xm = mx(x - 1), xp = mx(x + 1);
-            const float self = lin(x, y);
-            const float cross = 0.25f * (lin(xm, y) + lin(xp, y) + lin(x, ym) + lin(x, yp));
-            const float diag = 0.25f * (lin(xm, ym) + lin(xp, ym) + lin(xm, yp) + lin(xp, yp));
-            const float horiz = 0.5f * (lin(xm, y) + lin(xp, y));
-            const float vert = 0.5f * (lin(x, ym) + lin(x, yp));
-            float rgb[3];
-            switch (SceneRenderer::channelAt(x, y)) {
-            case 0: rgb[0] = self; rgb[1] = cross; rgb[2] = diag; break;
-            case 2: rgb[0] = diag; rgb[1] = cross; rgb[2] = self; break;
-            default:
-                rgb[1] = self;
-                if (y & 1) { rgb[0] = vert; rgb[2] = horiz; }
-                else { rgb[0] = horiz; rgb[2] = vert; }
+        const float* up = L + static_cast<size_t>(y == 0 ? 1 : y - 1) * w;
+        const float* mid = L + static_cast<size_t>(y) * w;
+        const float* dn = L + static_cast<size_t>(y + 1 >= h ? h - 2 : y + 1) * w;
+        const bool blueRow = (y & 1) != 0;
+        // Pairs of pixels: the first of a pair sits on red (even rows) or
+        // green (odd rows), the second on green or blue.
+        for (int x = 0; x < w; x += 2) {
+            const int xm = x == 0 ? 1 : x - 1, xp = x + 1, xpp = x + 2 >= w ? w - 2 : x + 2;
+            float* a = row + 3 * x;
+            if (!blueRow) {
+                cs.run(mid[x], 0.25f * (mid[xm] + mid[xp] + up[x] + dn[x]),
+                       0.25f * (up[xm] + up[xp] + dn[xm] + dn[xp]), a);
+                cs.run(0.5f * (mid[x] + mid[xpp]), mid[xp], 0.5f * (up[xp] + dn[xp]), a + 3);
+            } else {
+                cs.run(0.5f * (up[x] + dn[x]), mid[x], 0.5f * (mid[xm] + mid[xp]), a);
+                cs.run(0.25f * (up[x] + up[xpp] + dn[x] + dn[xpp]), 0.25f * (mid[x] + mid[xpp] + up[xp] + dn[xp]),
+                       mid[xp], a + 3);
             }
-            rgb[0] *= wb[0];
-            rgb[1] *= wb[1];
-            rgb[2] *= wb[2];
-            cs.run(rgb);
-            writer.put(x, y, rgb);
         }
+        writeRow(format, row, w, dst, y);
+    }
+}
+
+void ImagePipeline::writeRow(Kalto::EPixelType format, const float* row, int width, uint8_t* dst, int y) const
+{
+    const uint16_t* tone = m_tone.data();
+    const size_t base = static_cast<size_t>(y) * width;
+    switch (format) {
+    case Kalto::PixelType_RGB8packed: {
+        uint8_t* out = dst + 3 * base;
+        for (int i = 0; i < 3 * width; ++i)
+            out[i] = static_cast<uint8_t>(tone[toneIndex(row[i])]);
+        break;
+    }
+    case Kalto::PixelType_BGR8packed: {
+        uint8_t* out = dst + 3 * base;
+        for (int x = 0; x < width; ++x) {
+            out[3 * x] = static_cast<uint8_t>(tone[toneIndex(row[3 * x + 2])]);
+            out[3 * x + 1] = static_cast<uint8_t>(tone[toneIndex(row[3 * x + 1])]);
+            out[3 * x + 2] = static_cast<uint8_t>(tone[toneIndex(row[3 * x])]);
+        }
+        break;
+    }
+    case Kalto::PixelType_Mono8: {
+        uint8_t* out = dst + base;
+        for (int x = 0; x < width; ++x)
+            out[x] = static_cast<uint8_t>(tone[toneIndex(row[3 * x])]);
+        break;
+    }
+    default: {  // Mono12 in 16-bit little-endian words
+        uint8_t* out = dst + 2 * base;
+        for (int x = 0; x < width; ++x) {
+            const uint16_t v = tone[toneIndex(row[3 * x])];
+            out[2 * x] = static_cast<uint8_t>(v & 0xff);
+            out[2 * x + 1] = static_cast<uint8_t>(v >> 8);
+        }
+    }
     }
 }
