@@ -1,0 +1,26 @@
+#include "camerapool/camerastatusservice.h"
+
+#include "camerapool/camerapool.h"
+#include "parametercollection/iparametercollection.h"
+
+namespace Plugin {
+namespace CameraPool {
+
+CameraStatusService::CameraStatusService(CameraPool* pool) : ICameraStatusService(pool), m_pool(pool)
+{
+    connect(pool, &CameraPool::cameraConnectionLost, this,
+            &ICameraStatusService::cameraConnectionLost, Qt::DirectConnection);
+}
+
+bool CameraStatusService::canGetExclusiveAccess(QSharedPointer<ICameraInfo> camera) const
+{
+    return m_pool->canGetExclusiveAccess(camera);
+}
+
+bool CameraStatusService::isCameraOpen(QSharedPointer<ICameraInfo> camera) const
+{
+    return m_pool->isCameraOpen(camera);
+}
+
+}  // namespace CameraPool
+}  // namespace Plugin

@@ -1,0 +1,21 @@
+#include "camerapool/deviceparameterservice.h"
+
+#include "camerapool/camerapool.h"
+#include "parametercollection/iparametercollection.h"
+
+namespace Plugin {
+namespace CameraPool {
+
+DeviceParameterService::DeviceParameterService(CameraPool* pool)
+    : IDeviceParameterService(pool), m_pool(pool)
+{
+}
+
+QSharedPointer<ParameterCollection::IParameterCollection> DeviceParameterService::parameterCollection(
+    QSharedPointer<ICameraInfo> camera)
+{
+    return m_pool->parameterCollection(camera);
+}
+
+}  // namespace CameraPool
+}  // namespace Plugin
