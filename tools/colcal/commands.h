@@ -6,3 +6,5 @@
 // bad input is thrown as cli::Error.
 int runDeltaE(const QStringList& args);
 int runEngineCommand(const QStringList& args);
+int runFindChart(const QStringList& args);
+int runAnalyze(const QStringList& args);
