@@ -41,7 +41,7 @@ ConvertingImageCamera::~ConvertingImageCamera()
 
 void ConvertingImageCamera::attachCamera(QSharedPointer<ICamera> camera)
 {
-    QMutexLocker lock(&m_mutex);
+    std::unique_lock<std::recursive_mutex> lock(m_mutex);
     if (m_camera)
         disconnect(m_camera.data(), nullptr, this, nullptr);
     m_camera = std::move(camera);
@@ -59,19 +59,19 @@ QSharedPointer<ICamera> ConvertingImageCamera::detachCamera()
 {
     QSharedPointer<ICamera> camera;
     {
-        QMutexLocker lock(&m_mutex);
+        std::unique_lock<std::recursive_mutex> lock(m_mutex);
         if (m_camera)
             disconnect(m_camera.data(), nullptr, this, nullptr);
         camera.swap(m_camera);
     }
     // A delivery that began before the disconnect may still be converting.
-    QMutexLocker delivery(&m_deliveryMutex);
+    std::lock_guard<std::recursive_mutex> delivery(m_deliveryMutex);
     return camera;
 }
 
 QSharedPointer<ICamera> ConvertingImageCamera::usableCamera()
 {
-    QMutexLocker lock(&m_mutex);
+    std::unique_lock<std::recursive_mutex> lock(m_mutex);
     if (m_connectionLost)
         return {};
     return m_camera;
@@ -110,7 +110,7 @@ void ConvertingImageCamera::stopGrabbing()
 
 bool ConvertingImageCamera::GrabImage(CImage& out, bool grabNew)
 {
-    QMutexLocker lock(&m_mutex);
+    std::unique_lock<std::recursive_mutex> lock(m_mutex);
     if (m_connectionLost || !m_camera)
         return false;
     const QSharedPointer<ICamera> camera = m_camera;
@@ -119,7 +119,7 @@ bool ConvertingImageCamera::GrabImage(CImage& out, bool grabNew)
     lock.unlock();
 
     if (camera->isGrabbing()) {
-        lock.relock();
+        lock.lock();
         if (m_imageCount > 0) {
             out = m_images[m_currentIndex];
             return true;
@@ -133,7 +133,7 @@ bool ConvertingImageCamera::GrabImage(CImage& out, bool grabNew)
     }
 
     const bool arrived = waitForImage(camera, before, timeoutMs);
-    lock.relock();
+    lock.lock();
     m_firstGrab = false;
     if (!arrived || m_connectionLost)
         return false;
@@ -144,7 +144,7 @@ bool ConvertingImageCamera::GrabImage(CImage& out, bool grabNew)
 bool ConvertingImageCamera::waitForImage(const QSharedPointer<ICamera>& camera, quint64 after, int timeoutMs)
 {
     auto done = [this, after] {
-        QMutexLocker lock(&m_mutex);
+        std::unique_lock<std::recursive_mutex> lock(m_mutex);
         return m_connectionLost || m_imageCount > after;
     };
     QEventLoop loop;
@@ -161,15 +161,15 @@ bool ConvertingImageCamera::waitForImage(const QSharedPointer<ICamera>& camera, 
         timer.start(timeoutMs);
         loop.exec();
     }
-    QMutexLocker lock(&m_mutex);
+    std::unique_lock<std::recursive_mutex> lock(m_mutex);
     return !m_connectionLost && m_imageCount > after;
 }
 
 void ConvertingImageCamera::onCameraImageGrabbed(const Kalto::CGrabResultPtr& result)
 {
-    QMutexLocker delivery(&m_deliveryMutex);
+    std::lock_guard<std::recursive_mutex> delivery(m_deliveryMutex);
     {
-        QMutexLocker lock(&m_mutex);
+        std::unique_lock<std::recursive_mutex> lock(m_mutex);
         if (!result.IsValid() || !result->GrabSucceeded())
             return;
 
@@ -211,6 +211,6 @@ void ConvertingImageCamera::onCameraImageGrabbed(const Kalto::CGrabResultPtr& re
 
 void ConvertingImageCamera::onCammeraConnectionLost()
 {
-    QMutexLocker lock(&m_mutex);
+    std::unique_lock<std::recursive_mutex> lock(m_mutex);
     m_connectionLost = true;
 }

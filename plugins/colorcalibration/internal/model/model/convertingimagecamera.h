@@ -3,10 +3,10 @@
 #include "dataprocessing/image.h"
 
 #include <QObject>
-#include <QRecursiveMutex>
 #include <QSharedPointer>
 
 #include <memory>
+#include <mutex>
 
 namespace Kalto {
 class CGrabResultPtr;
@@ -81,7 +81,8 @@ private:
     bool m_firstGrab = true;
     /// Converted images since construction; tells a new image from an old one.
     quint64 m_imageCount = 0;
-    QRecursiveMutex m_mutex;
+    // Standard mutexes rather than Qt's: race checkers see their ordering.
+    std::recursive_mutex m_mutex;
     /// Held for a whole delivery, so that detaching can wait for one in flight.
-    QRecursiveMutex m_deliveryMutex;
+    std::recursive_mutex m_deliveryMutex;
 };
