@@ -169,7 +169,15 @@ void CameraJustify::disableWhiteBalance()
 {
     const auto p = parameters();
     const bool sfnc2 = sfncGeneration(*p, __LINE__) == Sfnc::Version2;
-    if (p->parameter(FloatParameterName(sfnc2 ? "BalanceRatio" : "BalanceRatioAbs"))->isNull())
+    const auto ratio = p->parameter(FloatParameterName(sfnc2 ? "BalanceRatio" : "BalanceRatioAbs"));
+    if (ratio->isNull())
+        return;
+    // Cameras hold the ratios read-only while their automatic white balance
+    // runs, and the session switches auto functions off only later. Neutral
+    // white balance means no automatic one either, so it goes off first here.
+    if (!ratio->isWritable())
+        writeEnumIfPossible(*p, EnumParameterName("BalanceWhiteAuto"), QStringLiteral("Off"));
+    if (!ratio->isWritable())
         return;
     setWhiteBalance(1.0, 1.0, 1.0);
 }

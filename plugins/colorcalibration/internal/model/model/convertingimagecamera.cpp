@@ -150,6 +150,7 @@ bool ConvertingImageCamera::waitForImage(const QSharedPointer<ICamera>& camera, 
     QEventLoop loop;
     QTimer timer;
     timer.setSingleShot(true);
+    timer.setTimerType(Qt::PreciseTimer);
     connect(&timer, &QTimer::timeout, &loop, &QEventLoop::quit);
     // Queued into this thread; a signal of an older frame does not end the wait.
     connect(this, &ConvertingImageCamera::imageGrabbed, &loop, [&] {
