@@ -317,6 +317,9 @@ void EmulatedCamera::Impl::setFactoryState()
     auto& m = map;
     const bool s2 = sfnc2();
     m.setEnum("PixelFormat", s2 ? "BayerRG8" : "RGB8");
+    // The Bayer output is processed raw: the colour pipeline runs and the
+    // result is mosaicked again, so the host's demosaicing sees calibrated colour.
+    m.setBool("ProcessedRawEnable", s2);
     m.setEnum("DemosaicingMode", "BaselineHQ");
     m.setFloat(exposureName(), 8000.0);
     m.setEnum("ExposureAuto", "Continuous");

@@ -278,7 +278,6 @@ void ImagePipeline::process(const RenderedScene& scene, const PipelineSettings& 
         const float v = static_cast<float>(raw[static_cast<size_t>(y) * stride + x]) - ped;
         return (v > 0.0f ? v * rescale : 0.0f) + black;
     };
-    auto balanced = [&](int x, int y) { return lin(x, y) * wb[SceneRenderer::channelAt(x, y)]; };
 
     if (stats) {
         // A sparse grid of 2x2 cells is plenty for exposure and balance control.
@@ -317,19 +316,14 @@ void ImagePipeline::process(const RenderedScene& scene, const PipelineSettings& 
     }
 
     uint8_t* dst = out.data.data();
-    if (Kalto::IsBayer(format)) {
+    // Raw Bayer output skips the colour pipeline; processed raw runs it and
+    // mosaics the result again (writeRow keeps each pixel's own channel).
+    if (Kalto::IsBayer(format) && !s.processedRaw) {
         const bool eight = Kalto::BitDepth(format) == 8;
-        if (s.processedRaw)
-            buildTone(s, eight ? 255 : kMaxDn);
         for (int y = 0; y < h; ++y) {
             for (int x = 0; x < w; ++x) {
-                int v;
-                if (s.processedRaw) {
-                    v = m_tone[toneIndex(balanced(x, y))];
-                } else {
-                    const float l = std::min(static_cast<float>(kMaxDn), lin(x, y));
-                    v = eight ? static_cast<int>(l) >> 4 : static_cast<int>(l);
-                }
+                const float l = std::min(static_cast<float>(kMaxDn), lin(x, y));
+                const int v = eight ? static_cast<int>(l) >> 4 : static_cast<int>(l);
                 const size_t i = static_cast<size_t>(y) * w + x;
                 if (eight) {
                     dst[i] = static_cast<uint8_t>(v);
@@ -432,6 +426,22 @@ void ImagePipeline::writeRow(Kalto::EPixelType format, const float* row, int wid
             out[3 * x] = static_cast<uint8_t>(tone[toneIndex(row[3 * x + 2])]);
             out[3 * x + 1] = static_cast<uint8_t>(tone[toneIndex(row[3 * x + 1])]);
             out[3 * x + 2] = static_cast<uint8_t>(tone[toneIndex(row[3 * x])]);
+        }
+        break;
+    }
+    case Kalto::PixelType_BayerRG8:
+    case Kalto::PixelType_BayerRG12: {
+        // R G / G B: even rows alternate red and green, odd rows green and blue.
+        const int first = (y & 1) ? 1 : 0;
+        const bool eight = format == Kalto::PixelType_BayerRG8;
+        for (int x = 0; x < width; ++x) {
+            const uint16_t v = tone[toneIndex(row[3 * x + first + (x & 1)])];
+            if (eight) {
+                dst[base + x] = static_cast<uint8_t>(v);
+            } else {
+                dst[2 * (base + x)] = static_cast<uint8_t>(v & 0xff);
+                dst[2 * (base + x) + 1] = static_cast<uint8_t>(v >> 8);
+            }
         }
         break;
     }
