@@ -202,15 +202,16 @@ int runCalibrate(const QStringList& allWords)
     QString reportFolder, settingsFolder;
     try {
         progress(QString("camera %1 (%2) opened").arg(id, info->modelName()));
-        // Step 1: the grid.
+        // Step 1: the live image and the grid. The very first wait for an image
+        // is short by design, so a slow first frame gets a second chance.
+        QImage image;
+        bool grabbed = false;
+        for (int attempt = 0; attempt < 3 && !grabbed; ++attempt)
+            grabbed = model.GrabImage(image, true);
+        run.check(grabbed, "The camera delivers no image.");
         if (hasGrid) {
             model.SetGridPositon(givenGrid);
         } else if (!args.flag("stored-grid")) {
-            QImage image;
-            bool grabbed = false;
-            for (int attempt = 0; attempt < 3 && !grabbed; ++attempt)  // the very first wait is short
-                grabbed = model.GrabImage(image, true);
-            run.check(grabbed, "Could not grab an image to find the chart in.");
             ColorCorrectionAutoChartFinder finder(nullptr);
             const ColorCorrectionAutoChartFinderResult found = finder.GetChartPosition(image);
             run.check(found.valid, "Grid could not be positioned automatically. Place it with --grid or --stored-grid.");
