@@ -316,7 +316,9 @@ void EmulatedCamera::Impl::setFactoryState()
 {
     auto& m = map;
     const bool s2 = sfnc2();
-    m.setEnum("PixelFormat", s2 ? "BayerRG8" : "RGB8");
+    // The calibratable models deliver processed colour; the legacy model, which
+    // the calibration does not support, sends raw Bayer data.
+    m.setEnum("PixelFormat", model.colorPipelineVersion != 1 ? "BayerRG12" : (s2 ? "RGB8" : "BGR8"));
     m.setEnum("DemosaicingMode", "BaselineHQ");
     m.setFloat(exposureName(), 8000.0);
     m.setEnum("ExposureAuto", "Continuous");

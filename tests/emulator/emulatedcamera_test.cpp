@@ -208,7 +208,7 @@ TEST_F(EmulatedCameraTest, StartsInAUsersNonNeutralState)
         EXPECT_TRUE(m.getBool("LUTEnable"));
         EXPECT_NE(m.getFloat("OstHue"), 0.0);
         const std::string fmt = m.getEnum("PixelFormat");
-        EXPECT_TRUE(fmt == "BayerRG8" || fmt == "RGB8") << fmt;
+        EXPECT_TRUE(fmt == "BayerRG12" || fmt == "RGB8" || fmt == "BGR8") << fmt;
         const auto s = cam.currentSettings();
         EXPECT_GT(s.blackLevelDn, 0.0);
         EXPECT_NE(s.matrix[0], 1.0);  // a light-source preset is active
