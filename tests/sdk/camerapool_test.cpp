@@ -24,8 +24,8 @@ namespace {
 template <class T>
 T* service(const CameraPool& pool)
 {
-    for (auto* s : pool.services())
-        if (auto* t = qobject_cast<T*>(s))
+    for (const auto& s : pool.services())
+        if (auto* t = qobject_cast<T*>(s.data()))
             return t;
     return nullptr;
 }
@@ -181,6 +181,17 @@ TEST_F(Pool, DisconnectFailsEveryCallAtOnceNamingTheCamera)
     EXPECT_FALSE(control->openCamera(info));
     EXPECT_TRUE(control->releaseCamera(cam));
     stream->stopAll();  // skips the lost camera without throwing
+}
+
+TEST_F(Pool, ServicesOutlivingThePoolFailSoftly)
+{
+    const auto services = pool->services();
+    pool.reset();
+    EXPECT_FALSE(control->openCamera(info));
+    EXPECT_TRUE(enumeration->allCameras().isEmpty());
+    EXPECT_FALSE(status->canGetExclusiveAccess(info));
+    stream->stopAll();
+    EXPECT_FALSE(deviceStatus->isDeviceOpen("cam1"));
 }
 
 TEST_F(Pool, ParametersAndSettingsTextOfACamera)

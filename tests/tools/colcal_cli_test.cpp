@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
 #include <QTemporaryDir>
 
@@ -65,6 +68,109 @@ TEST(ColcalCli, BadDeltaEInputNamesFileAndLine)
     const Result missing = colcal({"delta-e", dir.filePath("absent.csv")});
     EXPECT_EQ(missing.exitCode, 2);
     EXPECT_TRUE(missing.err.contains("absent.csv: cannot open"));
+}
+
+}  // namespace
+
+namespace {
+
+QByteArray sampleChart()
+{
+    QFile f(COLCAL_SAMPLE_CHART);
+    f.open(QIODevice::ReadOnly);
+    return f.readAll();
+}
+
+TEST(ColcalCli, EngineJsonHasEveryStep)
+{
+    const Result r = colcal({"engine", "-", "--json"}, sampleChart());
+    ASSERT_EQ(r.exitCode, 0) << r.err.toStdString();
+    const QJsonObject o = QJsonDocument::fromJson(r.out.toUtf8()).object();
+    for (const char* key : {"digitalGain", "whiteBalance", "matrix", "bc6x2", "gamma", "meanDeltaE", "meanDeltaC", "steps"})
+        EXPECT_TRUE(o.contains(key)) << key;
+    EXPECT_EQ(o["bc6x2"].toArray().size(), 12);
+    EXPECT_EQ(o["gamma"].toDouble(), 0.45);
+    const QJsonArray steps = o["steps"].toArray();
+    ASSERT_EQ(steps.size(), 5);
+    const char* names[] = {"Original", "DigitalGain", "WhiteBalance", "Matrix3x3", "Bc6x2"};
+    for (int i = 0; i < 5; ++i) {
+        const QJsonObject s = steps[i].toObject();
+        EXPECT_EQ(s["step"].toString(), names[i]);
+        EXPECT_EQ(s["chart"].toArray().size(), 24);
+        EXPECT_EQ(s["deltaE"].toArray().size(), 24);
+        EXPECT_EQ(s["deltaC"].toArray().size(), 24);
+    }
+    // The matrix rows keep greys grey.
+    for (const auto& row : o["matrix"].toArray()) {
+        const QJsonArray r3 = row.toArray();
+        EXPECT_NEAR(r3[0].toDouble() + r3[1].toDouble() + r3[2].toDouble(), 1.0, 1e-9);
+    }
+    const QJsonObject dE = o["meanDeltaE"].toObject();
+    EXPECT_LT(dE["final"].toDouble(), dE["original"].toDouble());
+    double sum = 0;
+    for (const auto& v : steps[4].toObject()["deltaE"].toArray())
+        sum += v.toDouble();
+    EXPECT_NEAR(dE["final"].toDouble(), sum / 24.0, 1e-9);
+}
+
+TEST(ColcalCli, EngineTableIsReadable)
+{
+    const Result r = colcal({"engine", "-"}, sampleChart());
+    ASSERT_EQ(r.exitCode, 0);
+    EXPECT_TRUE(r.out.contains("White balance"));
+    EXPECT_TRUE(r.out.contains("20 neutral 8"));
+    EXPECT_TRUE(r.out.contains("mean"));
+}
+
+TEST(ColcalCli, BadEngineInputNamesFileAndLine)
+{
+    QTemporaryDir dir;
+    const QList<QByteArray> good = sampleChart().split('\n');
+    auto join = [](const QList<QByteArray>& lines) { return lines.join('\n'); };
+    QList<QByteArray> rows;
+    for (const QByteArray& l : good)
+        if (!l.isEmpty() && !l.startsWith('#'))
+            rows << l;
+    ASSERT_EQ(rows.size(), 24);
+
+    struct Case {
+        QByteArray content;
+        QString expected;
+    };
+    QList<QByteArray> short23 = rows.mid(0, 23), long25 = rows, text = rows, nan = rows, high = rows, low = rows, cols = rows;
+    long25 << rows.last();
+    text[4] = "12,abc,3";
+    nan[6] = "12,NaN,3";
+    high[0] = "12,256,3";
+    low[23] = "-0.5,1,1";
+    cols[2] = "1,2";
+    const Case cases[] = {
+        {join(short23), ":23: expected 24 rows, found 23"},
+        {join(long25), ":25: more than 24 rows"},
+        {join(text), ":5: not a number: \"abc\""},
+        {join(nan), ":7: not a number: \"NaN\""},
+        {join(high), ":1: value 256 outside 0..255"},
+        {join(low), ":24: value -0.5 outside 0..255"},
+        {join(cols), ":3: expected 3 comma-separated numbers, found 2"},
+    };
+    for (const Case& c : cases) {
+        const QString path = writeFile(dir, "chart.csv", c.content);
+        const Result r = colcal({"engine", path, "--json"});
+        EXPECT_EQ(r.exitCode, 2) << c.expected.toStdString();
+        EXPECT_TRUE(r.out.isEmpty()) << r.out.toStdString();
+        EXPECT_TRUE(r.err.contains(path + c.expected)) << r.err.toStdString();
+        EXPECT_EQ(r.err.count('\n'), 1) << r.err.toStdString();
+    }
+    const Result missing = colcal({"engine", dir.filePath("none.csv")});
+    EXPECT_EQ(missing.exitCode, 2);
+    EXPECT_TRUE(missing.err.contains("none.csv: cannot open"));
+
+    QList<QByteArray> grey = rows;
+    grey[5] = "0,0,0";  // sampled from a black gap: stays grey through every gain and the matrix
+    const Result engineError = colcal({"engine", "-"}, join(grey));
+    EXPECT_EQ(engineError.exitCode, 3);
+    EXPECT_TRUE(engineError.out.isEmpty());
+    EXPECT_TRUE(engineError.err.contains("Cannot determine hue sector on gray image")) << engineError.err.toStdString();
 }
 
 }  // namespace

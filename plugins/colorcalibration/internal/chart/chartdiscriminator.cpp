@@ -1,0 +1,207 @@
+#include "chartdiscriminator.h"
+
+#include "kalto/kaltoimage.h"
+
+#include <QLineF>
+#include <QRect>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr int kColumns = 6;
+constexpr int kRows = 4;
+// A patch needs this many inside pixels for its median to mean anything.
+constexpr size_t kMinSamples = 24;
+
+QPointF toF(const QPoint& p)
+{
+    return QPointF(p.x(), p.y());
+}
+
+// Intersection of the infinite lines through a and b; parallel lines leave (0, 0).
+QPoint crossing(const QLineF& a, const QLineF& b)
+{
+    QPointF p;
+    a.intersects(b, &p);
+    return QPoint(qRound(p.x()), qRound(p.y()));
+}
+
+int fullScaleOf(const Kalto::CKaltoImage* image)
+{
+    const Kalto::SPixelData p = image->GetPixelData(0, 0);
+    return static_cast<int>(std::pow(2.0, static_cast<double>(p.BitDepth)));
+}
+
+bool hasPixels(const Kalto::CKaltoImage* image)
+{
+    return image && image->IsValid();
+}
+
+}  // namespace
+
+bool ChartDiscriminator::rgb16::operator<(const rgb16& o) const
+{
+    return std::max({red, green, blue}) < std::max({o.red, o.green, o.blue});
+}
+
+ChartDiscriminator::ChartDiscriminator(int patchSizePercent)
+    : m_gridPosition(QPoint(0, 0), QPoint(2, 0), QPoint(2, 0), QPoint(2, 2)),
+      m_patchSizePercent(patchSizePercent)
+{
+}
+
+ChartDiscriminator::~ChartDiscriminator() = default;
+
+void ChartDiscriminator::setGridPosition(const CTrapezoid& grid)
+{
+    m_gridPosition = grid;
+    m_positionsStale = true;
+    m_colorsInvalid = true;
+}
+
+CTrapezoid ChartDiscriminator::getGridPosition() const
+{
+    return m_gridPosition;
+}
+
+bool ChartDiscriminator::updateChartPositions()
+{
+    const QPointF tl = toF(m_gridPosition.getTopLeft());
+    const QPointF tr = toF(m_gridPosition.getTopRight());
+    const QPointF bl = toF(m_gridPosition.getBottomLeft());
+    const QPointF br = toF(m_gridPosition.getBottomRight());
+    auto top = [&](double u) { return tl + u * (tr - tl); };
+    auto bottom = [&](double u) { return bl + u * (br - bl); };
+    auto left = [&](double s) { return tl + s * (bl - tl); };
+    auto right = [&](double s) { return tr + s * (br - tr); };
+
+    const double m = (100 - m_patchSizePercent) / 100.0 * 0.5;
+    m_chartPositions.clear();
+    m_chartPositions.reserve(kColumns * kRows);
+    for (int r = 0; r < kRows; ++r) {
+        for (int c = 0; c < kColumns; ++c) {
+            const double u1 = double(c) / kColumns + m / kColumns;
+            const double u2 = double(c + 1) / kColumns - m / kColumns;
+            const double s1 = double(r) / kRows + m / kRows;
+            const double s2 = double(r + 1) / kRows - m / kRows;
+            const QLineF a(top(u1), bottom(u1));
+            const QLineF cLine(top(u2), bottom(u2));
+            const QLineF d1(left(s1), right(s1));
+            const QLineF d2(left(s2), right(s2));
+            m_chartPositions.append(CTrapezoid(crossing(d1, a), crossing(d1, cLine), crossing(d2, a),
+                                               crossing(d2, cLine)));
+        }
+    }
+    m_positionsStale = false;
+    return true;
+}
+
+void ChartDiscriminator::getChartPositions(QVector<CTrapezoid>& out)
+{
+    if (m_positionsStale)
+        updateChartPositions();
+    out.append(m_chartPositions);
+}
+
+bool ChartDiscriminator::getColorPatchValue(const CTrapezoid& patch, const Kalto::CKaltoImage* image,
+                                            int fullScale, QColor& result)
+{
+    if (!hasPixels(image) || fullScale <= 0)
+        return false;
+    const QPolygon outline = patch.toPolygon();
+    const QRect box = outline.boundingRect();
+    // The last row and column of the bounding rectangle are never visited;
+    // pixels outside the image are not part of the patch.
+    const int yEnd = std::min(box.bottom(), static_cast<int>(image->GetHeight()));
+    const int xEnd = std::min(box.right(), static_cast<int>(image->GetWidth()));
+    m_samples.clear();
+    for (int y = std::max(box.top(), 0); y < yEnd; ++y) {
+        for (int x = std::max(box.left(), 0); x < xEnd; ++x) {
+            if (!outline.containsPoint(QPoint(x, y), Qt::OddEvenFill))
+                continue;
+            const Kalto::SPixelData p = image->GetPixelData(static_cast<uint32_t>(x), static_cast<uint32_t>(y));
+            m_samples.push_back({double(p.Red), double(p.Green), double(p.Blue)});
+        }
+    }
+    if (m_samples.size() < kMinSamples)
+        return false;
+    const auto median = m_samples.begin() + static_cast<std::ptrdiff_t>(m_samples.size() / 2);
+    std::nth_element(m_samples.begin(), median, m_samples.end());
+    result.setRedF(median->red / fullScale);
+    result.setGreenF(median->green / fullScale);
+    result.setBlueF(median->blue / fullScale);
+    return true;
+}
+
+bool ChartDiscriminator::updateColorPatchValues(Kalto::CKaltoImage* image)
+{
+    if (!hasPixels(image))
+        return !m_colorsInvalid;
+    const int fullScale = fullScaleOf(image);
+    if (m_positionsStale)
+        updateChartPositions();
+    m_colorPatchValues.clear();
+    for (const CTrapezoid& patch : qAsConst(m_chartPositions)) {
+        QColor colour;
+        if (getColorPatchValue(patch, image, fullScale, colour))
+            m_colorPatchValues.append(colour);
+    }
+    if (!m_colorPatchValues.isEmpty()) {
+        m_colorsInvalid = false;
+        return true;
+    }
+    return !m_colorsInvalid;
+}
+
+void ChartDiscriminator::getColorPatchValues(QVector<QColor>& out)
+{
+    if (!m_colorsInvalid)
+        out.append(m_colorPatchValues);
+}
+
+bool ChartDiscriminator::update80PercentGrayPatchValue(Kalto::CKaltoImage* image)
+{
+    if (m_colorPatchValues.isEmpty() && !updateColorPatchValues(image)) {
+        m_colorsInvalid = true;
+        m_grayInvalid = true;
+        return false;
+    }
+    if (!hasPixels(image)) {
+        m_colorsInvalid = true;
+        m_grayInvalid = true;
+        return false;
+    }
+    const int fullScale = fullScaleOf(image);
+    if (m_colorPatchValues.size() == kColumns * kRows) {
+        if (m_positionsStale)
+            updateChartPositions();
+        QColor grey;
+        if (!getColorPatchValue(m_chartPositions[kGray80PercentIndex], image, fullScale, grey)) {
+            m_colorsInvalid = true;
+            m_grayInvalid = true;
+            return false;
+        }
+        m_colorPatchValues[kGray80PercentIndex] = grey;
+    }
+    // Only the grey patch is current now; the full set waits for the next pass.
+    m_colorsInvalid = true;
+    m_grayInvalid = false;
+    return true;
+}
+
+int ChartDiscriminator::get80PercentGrayPatchBrightness()
+{
+    if (m_grayInvalid || m_colorPatchValues.size() <= kGray80PercentIndex)
+        return 0;
+    const QColor& c = m_colorPatchValues[kGray80PercentIndex];
+    return static_cast<int>(std::max({c.redF(), c.greenF(), c.blueF()}) * 255.0);
+}
+
+double ChartDiscriminator::get80PercentGrayPatch150DnHitRate()
+{
+    if (m_grayInvalid)
+        return 0.0;
+    return get80PercentGrayPatchBrightness() * 100.0 / 150.0;
+}

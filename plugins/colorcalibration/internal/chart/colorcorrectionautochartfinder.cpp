@@ -1,0 +1,72 @@
+#include "colorcorrectionautochartfinder.h"
+
+#include "colorcorrectionautochartfinderimpl.h"
+
+#include <cmath>
+
+namespace {
+
+const int kResultTypeId = qRegisterMetaType<ColorCorrectionAutoChartFinderResult>("ColorCorrectionAutoChartFinderResult");
+
+bool within(const QPoint& p, const QSize& s)
+{
+    return p.x() >= 0 && p.x() <= s.width() && p.y() >= 0 && p.y() <= s.height();
+}
+
+}  // namespace
+
+ColorCorrectionAutoChartFinder::ColorCorrectionAutoChartFinder(QObject* parent)
+    : QObject(parent), m_impl(std::make_unique<ColorCorrectionAutoChartFinderImpl>())
+{
+    (void)kResultTypeId;
+}
+
+ColorCorrectionAutoChartFinder::~ColorCorrectionAutoChartFinder() = default;
+
+ColorCorrectionAutoChartFinderResult ColorCorrectionAutoChartFinder::GetChartPosition(QImage image)
+{
+    const QSize size = image.size();
+    const ColorCorrectionAutoChartFinderResult result = validate(m_impl->GetChartPosition(std::move(image)), size);
+    emit autoChartFinderFinished(result);
+    return result;
+}
+
+ColorCorrectionAutoChartFinderResult ColorCorrectionAutoChartFinder::validate(const QVector<QPoint>& corners,
+                                                                              const QSize& imageSize)
+{
+    ColorCorrectionAutoChartFinderResult r;
+    if (corners.size() != 4)
+        return r;
+    r.topLeft = corners[0];
+    r.topRight = corners[1];
+    r.bottomLeft = corners[2];
+    r.bottomRight = corners[3];
+
+    // The corners name the chart's own corners, so a chart turned by a quarter
+    // turn has its top-left elsewhere in the image. The rules below are about
+    // the grid as it appears in the image: relabel the corners by the quarter
+    // turn of the grid's row direction first. A mirrored or crossed list stays
+    // out of order after any turn and is rejected.
+    const QPoint row = (r.topRight - r.topLeft) + (r.bottomRight - r.bottomLeft);
+    const int turn = ((int(std::lround(std::atan2(double(row.y()), double(row.x())) / (M_PI / 2))) % 4) + 4) % 4;
+    QPoint tl = r.topLeft, tr = r.topRight, bl = r.bottomLeft, br = r.bottomRight;
+    switch (turn) {
+    case 1:  // turned clockwise: the chart's top edge runs down the image's right side
+        tl = r.bottomLeft, tr = r.topLeft, bl = r.bottomRight, br = r.topRight;
+        break;
+    case 2:
+        tl = r.bottomRight, tr = r.bottomLeft, bl = r.topRight, br = r.topLeft;
+        break;
+    case 3:
+        tl = r.topRight, tr = r.bottomRight, bl = r.topLeft, br = r.bottomLeft;
+        break;
+    default:
+        break;
+    }
+    // Bottom-left y is tested for zero, not for being negative.
+    const bool inside = within(tl, imageSize) && within(tr, imageSize) && within(br, imageSize) &&
+                        bl.x() >= 0 && bl.x() <= imageSize.width() && bl.y() <= imageSize.height() && bl.y() != 0;
+    const bool ordered = tl.x() < tr.x() && tl.y() < bl.y() && tr.y() < br.y() && br.x() > bl.x();
+    r.valid = inside && ordered;
+    return r;
+}

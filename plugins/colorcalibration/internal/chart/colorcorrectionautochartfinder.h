@@ -1,0 +1,34 @@
+#pragma once
+
+#include "colorcorrectionautochartfinderresult.h"
+
+#include <QImage>
+#include <QObject>
+#include <QVector>
+
+#include <memory>
+
+class ColorCorrectionAutoChartFinderImpl;
+
+/// Finds the 24-patch chart in one still image. Stateless between calls; runs
+/// synchronously in the caller's thread.
+class ColorCorrectionAutoChartFinder : public QObject {
+    Q_OBJECT
+public:
+    explicit ColorCorrectionAutoChartFinder(QObject* parent = nullptr);
+    ~ColorCorrectionAutoChartFinder() override;
+
+    /// Returns the grid corners and emits them; `valid` is false when no chart
+    /// was found or the corners fail the plausibility rules.
+    ColorCorrectionAutoChartFinderResult GetChartPosition(QImage image);
+
+    /// The plausibility rules on a list of corners (top-left, top-right,
+    /// bottom-left, bottom-right) for an image of `imageSize`.
+    static ColorCorrectionAutoChartFinderResult validate(const QVector<QPoint>& corners, const QSize& imageSize);
+
+signals:
+    void autoChartFinderFinished(ColorCorrectionAutoChartFinderResult result);
+
+private:
+    std::unique_ptr<ColorCorrectionAutoChartFinderImpl> m_impl;
+};

@@ -1,0 +1,563 @@
+#include "colorcorrectionautochartfinderimpl.h"
+
+#include "colorchecker.h"
+#include "colorspace.h"
+
+#include <dlib/matrix.h>
+
+#include <algorithm>
+#include <array>
+#include <cfloat>
+#include <cmath>
+
+namespace {
+
+constexpr int kColumns = 6;
+constexpr int kRows = 4;
+constexpr int kPatches = kColumns * kRows;
+constexpr int kModelSize = 9;
+constexpr double kLnFourThirds = 0.2876820724517809;
+constexpr float kAngleStep = 0.2617994f;
+constexpr float kAngleLimit = 5.2831855f;
+constexpr double kHalfCellDiagonal = 0.35355339059327373;
+// Search angle 0 shows the chart turned by this much (clockwise in image
+// coordinates). The angle ladder stops three steps short of a full turn, so the
+// offset decides which tilts fall into that gap: here 210..240 degrees, away
+// from upright, the quarter turns and small tilts around them.
+constexpr double kModelBaseAngle = 255.0 * M_PI / 180.0;
+
+// Search score a candidate must exceed to count as a chart (mean of the two
+// ratio correlations, 1 = perfect).
+constexpr float kMinSearchScore = 0.55f;
+// Same figure over all 24 fitted centres; rejects chance matches in clutter.
+constexpr float kMinChartScore = 0.6f;
+// Ratio variation below this counts as flat: keeps noise in uniform areas
+// from correlating after normalisation.
+constexpr float kMinRatioVariance = 0.004f;
+
+// QColor::fromRgbF followed by an 8-bit read-back, without building a QColor.
+inline int toByte(float v)
+{
+    const int c16 = qRound(double(v) * 65535.0);
+    return (c16 - (c16 >> 8) + 0x80) >> 8;
+}
+
+inline float clampIndexRead(const float* line, int i, int n)
+{
+    return line[std::min(std::max(i, 0), n - 1)];
+}
+
+// One running-sum pass over a line of n samples.
+void boxLine(const float* in, float* out, int n, int radius)
+{
+    const float scale = 1.0f / float(2 * radius + 1);
+    const float fullSum = float(2 * radius + 1);
+    float sum = 0.0f;
+    for (int k = -radius; k <= radius; ++k)
+        sum += clampIndexRead(in, k, n);
+    for (int i = 0; i < n; ++i) {
+        sum += clampIndexRead(in, i + radius, n);
+        float v = sum * scale;
+        if (v > 1.0f) {
+            v = 1.0f;
+            sum = fullSum;
+        } else if (v < 0.0f) {
+            v = 0.0f;
+            sum = 0.0f;
+        }
+        out[i] = v;
+        sum -= clampIndexRead(in, i - radius, n);
+    }
+}
+
+// The two channel-ratio fields, red over green and blue over green.
+struct Ratios {
+    const ColorCorrectionAutoChartFinderImpl::FloatMatrix* rg;
+    const ColorCorrectionAutoChartFinderImpl::FloatMatrix* bg;
+    long width() const { return rg->nr(); }
+    long height() const { return rg->nc(); }
+};
+
+// Normalised correlation of two series with a floor on the sample series'
+// spread, in float as the search keeps its sums.
+float correlation(const float* x, const float* e, int n)
+{
+    float sx = 0, sxx = 0, se = 0, see = 0, sxe = 0;
+    for (int i = 0; i < n; ++i) {
+        sx += x[i];
+        sxx += x[i] * x[i];
+        se += e[i];
+        see += e[i] * e[i];
+        sxe += x[i] * e[i];
+    }
+    const float nf = float(n);
+    const float vx = std::max(nf * sxx - sx * sx, nf * nf * kMinRatioVariance);
+    const float ve = nf * see - se * se;
+    if (ve <= 0.0f)
+        return 0.0f;
+    return (nf * sxe - sx * se) / std::sqrt(vx * ve);
+}
+
+struct Expected {
+    std::array<float, kPatches> rg;
+    std::array<float, kPatches> bg;
+};
+
+// The chart's target colours through the same ratios the image gives: camera
+// images are sRGB-encoded, so the targets are encoded first.
+const Expected& expectedRatios()
+{
+    static const Expected e = [] {
+        Expected out{};
+        const ColorSpace cs;
+        const dlib::matrix<double, 24, 3> t = ColorChecker().GetTargetRgb();
+        for (int k = 0; k < kPatches; ++k) {
+            const double r = cs.RGB_to_sRGB(t(k, 0)), g = cs.RGB_to_sRGB(t(k, 1)), b = cs.RGB_to_sRGB(t(k, 2));
+            out.rg[k] = g > 0 ? float(r / g) : 1.0f;
+            out.bg[k] = g > 0 ? float(b / g) : 1.0f;
+        }
+        return out;
+    }();
+    return e;
+}
+
+// Mean of the two ratio correlations over the given centres (chart indices).
+float chartScore(const Ratios& f, const QVector<QPoint>& centres, const QVector<int>& indices)
+{
+    const Expected& e = expectedRatios();
+    std::vector<float> xr, xb, er, eb;
+    for (int i = 0; i < centres.size(); ++i) {
+        const QPoint p = centres[i];
+        if (p.x() < 0 || p.y() < 0 || p.x() >= f.width() || p.y() >= f.height())
+            return 0.0f;
+        xr.push_back((*f.rg)(p.x(), p.y()));
+        xb.push_back((*f.bg)(p.x(), p.y()));
+        er.push_back(e.rg[indices[i]]);
+        eb.push_back(e.bg[indices[i]]);
+    }
+    const int n = int(xr.size());
+    return 0.5f * (correlation(xr.data(), er.data(), n) + correlation(xb.data(), eb.data(), n));
+}
+
+// Green of every pixel replaced by its brightest channel: each patch is then
+// brighter than the dark gaps around it, whatever its colour.
+QImage brightestInGreen(const QImage& image)
+{
+    QImage out(image.size(), QImage::Format_ARGB32);
+    for (int y = 0; y < image.height(); ++y) {
+        const QRgb* in = reinterpret_cast<const QRgb*>(image.constScanLine(y));
+        QRgb* o = reinterpret_cast<QRgb*>(out.scanLine(y));
+        for (int x = 0; x < image.width(); ++x)
+            o[x] = qRgb(0, std::max({qRed(in[x]), qGreen(in[x]), qBlue(in[x])}), 0);
+    }
+    return out;
+}
+
+// Least-squares fit of image positions over grid coordinates.
+struct GridFit {
+    dlib::matrix<float> coefficients;  // terms x 2
+    bool secondOrder = false;
+    bool ok = false;
+};
+
+}  // namespace
+
+QVector<QPoint> ColorCorrectionAutoChartFinderImpl::modelPatches()
+{
+    // The inner 4 x 2 block and one grey below it: close to the centre, so that
+    // pitch and angle steps of the search move the samples little, and without
+    // a symmetry that lets the chart match itself turned.
+    return {QPoint(1, 1), QPoint(2, 1), QPoint(3, 1), QPoint(4, 1), QPoint(1, 2),
+            QPoint(2, 2), QPoint(3, 2), QPoint(4, 2), QPoint(2, 3)};
+}
+
+QImage ColorCorrectionAutoChartFinderImpl::boxFilter(QImage image, int radius)
+{
+    if (image.isNull() || radius < 0)
+        return QImage();
+    const QImage src = image.convertToFormat(QImage::Format_ARGB32);
+    const int w = src.width(), h = src.height();
+    std::vector<float> planes[3];
+    for (auto& p : planes)
+        p.resize(size_t(w) * h);
+    for (int y = 0; y < h; ++y) {
+        const QRgb* line = reinterpret_cast<const QRgb*>(src.constScanLine(y));
+        for (int x = 0; x < w; ++x) {
+            // redF() of an 8-bit colour is exactly value / 255.
+            planes[0][size_t(x) * h + y] = qRed(line[x]) / 255.0f;
+            planes[1][size_t(x) * h + y] = qGreen(line[x]) / 255.0f;
+            planes[2][size_t(x) * h + y] = qBlue(line[x]) / 255.0f;
+        }
+    }
+    // First pass along each column, quantised to 8 bits as the intermediate image is.
+    std::vector<float> column(h), rowIn(w), rowOut(w);
+    std::vector<uint8_t> pass1[3];
+    for (int c = 0; c < 3; ++c) {
+        pass1[c].resize(size_t(w) * h);
+        for (int x = 0; x < w; ++x) {
+            boxLine(&planes[c][size_t(x) * h], column.data(), h, radius);
+            for (int y = 0; y < h; ++y)
+                pass1[c][size_t(y) * w + x] = uint8_t(toByte(column[y]));
+        }
+    }
+    QImage out(w, h, QImage::Format_ARGB32);
+    std::vector<float> rowsOut[3];
+    for (int y = 0; y < h; ++y) {
+        QRgb* o = reinterpret_cast<QRgb*>(out.scanLine(y));
+        for (int c = 0; c < 3; ++c) {
+            for (int x = 0; x < w; ++x)
+                rowIn[x] = pass1[c][size_t(y) * w + x] / 255.0f;
+            boxLine(rowIn.data(), rowOut.data(), w, radius);
+            rowsOut[c].assign(rowOut.begin(), rowOut.end());
+        }
+        for (int x = 0; x < w; ++x)
+            o[x] = qRgba(toByte(rowsOut[0][x]), toByte(rowsOut[1][x]), toByte(rowsOut[2][x]), 255);
+    }
+    return out;
+}
+
+QImage ColorCorrectionAutoChartFinderImpl::killAllChannelBut(QColor mask, QImage image)
+{
+    if (image.isNull())
+        return image;
+    image = image.convertToFormat(QImage::Format_ARGB32);
+    const float mr = float(mask.redF()), mg = float(mask.greenF()), mb = float(mask.blueF());
+    for (int y = 0; y < image.height(); ++y) {
+        QRgb* line = reinterpret_cast<QRgb*>(image.scanLine(y));
+        for (int x = 0; x < image.width(); ++x) {
+            const QRgb p = line[x];
+            line[x] = qRgba(toByte(qRed(p) * mr), toByte(qGreen(p) * mg), toByte(qBlue(p) * mb), 255);
+        }
+    }
+    return image;
+}
+
+ColorCorrectionAutoChartFinderImpl::FloatMatrix ColorCorrectionAutoChartFinderImpl::divideQImage(QImage numerator,
+                                                                                               QImage denominator)
+{
+    if (numerator.width() != denominator.width() || numerator.height() != denominator.height() ||
+        numerator.format() != denominator.format() || numerator.isNull()) {
+        FloatMatrix zero(1, 1);
+        zero = 0;
+        return zero;
+    }
+    const QImage num = numerator.convertToFormat(QImage::Format_ARGB32);
+    const QImage den = denominator.convertToFormat(QImage::Format_ARGB32);
+    FloatMatrix out(num.width(), num.height());
+    for (int y = 0; y < num.height(); ++y) {
+        const QRgb* n = reinterpret_cast<const QRgb*>(num.constScanLine(y));
+        const QRgb* d = reinterpret_cast<const QRgb*>(den.constScanLine(y));
+        for (int x = 0; x < num.width(); ++x) {
+            const float ns = (qRed(n[x]) + qGreen(n[x]) + qBlue(n[x])) / 255.0f;
+            const float ds = (qRed(d[x]) + qGreen(d[x]) + qBlue(d[x])) / 255.0f;
+            out(x, y) = ds > 0.0f ? ns / ds : 1.0f;
+        }
+    }
+    return out;
+}
+
+float ColorCorrectionAutoChartFinderImpl::reverseWeightedSum(QImage image, QPoint start, int stepY, int stepX,
+                                                              int count)
+{
+    float sum = 0.0f;
+    for (int k = 0; k < count; ++k) {
+        const int x = start.x() + k * stepX, y = start.y() + k * stepY;
+        if (!image.valid(x, y))
+            continue;  // off the image counts as black
+        sum += qGreen(image.pixel(x, y)) / 255.0f * float(count - k);
+    }
+    return sum;
+}
+
+QPoint ColorCorrectionAutoChartFinderImpl::findPatchCenter(QImage image, QPoint start, double maxRadius,
+                                                           int direction, int startRadius)
+{
+    QPoint p = start;
+    const int limit = qRound(maxRadius);
+    for (int r = std::max(startRadius, 1); r <= limit; ++r) {
+        const float left = reverseWeightedSum(image, p, 0, -1, r);
+        const float right = reverseWeightedSum(image, p, 0, 1, r);
+        if (left != right)
+            p.rx() += (left * direction > right * direction) ? -1 : 1;
+        const float up = reverseWeightedSum(image, p, -1, 0, r);
+        const float down = reverseWeightedSum(image, p, 1, 0, r);
+        if (up != down)
+            p.ry() += (up * direction > down * direction) ? -1 : 1;
+    }
+    return p;
+}
+
+QVector<QPoint> ColorCorrectionAutoChartFinderImpl::getInitialRegressionPatches(QImage image)
+{
+    if (image.isNull())
+        return {};
+    const int W = image.width(), H = image.height();
+    const double largest = std::min(W / 6, H / 4);
+    const double smallest = std::max(20.0, largest / 8.0);
+    if (largest <= 0.0)
+        return {};
+    const int scales = int(std::ceil(std::log(largest / smallest) / kLnFourThirds));
+
+    const QImage red = killAllChannelBut(QColor(1, 0, 0, 255), image);
+    const QImage green = killAllChannelBut(QColor(0, 1, 0, 255), image);
+    const QImage blue = killAllChannelBut(QColor(0, 0, 1, 255), image);
+    const FloatMatrix rg = divideQImage(red, green);
+    const FloatMatrix bg = divideQImage(blue, green);
+    if (rg.nr() != W || rg.nc() != H)
+        return {};
+
+    const QVector<QPoint> model = modelPatches();
+    const Expected& ex = expectedRatios();
+    float er[kModelSize], eb[kModelSize];
+    double modelAngle[kModelSize], modelRadius[kModelSize];
+    for (int i = 0; i < kModelSize; ++i) {
+        const double u = model[i].x() - 2.5, v = model[i].y() - 1.5;
+        modelAngle[i] = std::atan2(v, u) + kModelBaseAngle;
+        modelRadius[i] = std::hypot(u, v);
+        er[i] = ex.rg[model[i].y() * kColumns + model[i].x()];
+        eb[i] = ex.bg[model[i].y() * kColumns + model[i].x()];
+    }
+
+    float best = FLT_MIN;
+    QPoint bestCentre;
+    int bestPitch = 0;
+    float bestAngle = 0.0f;
+    for (int s = 0; s < scales; ++s) {
+        const int p = int(std::lround(largest * std::pow(0.75, s)));
+        const int step = std::max(1, int(std::lround(p / 3.0)));
+        if (!(2 * p < W - 2 * p))
+            break;
+        const int yMargin = int(std::lround(1.5 * p));
+        std::vector<std::array<QPoint, kModelSize>> offsets;
+        std::vector<float> angles;
+        for (float a = 0.0f; a < kAngleLimit; a += kAngleStep) {
+            std::array<QPoint, kModelSize> o;
+            for (int i = 0; i < kModelSize; ++i)
+                o[i] = QPoint(int(std::lround(std::cos(modelAngle[i] + a) * modelRadius[i] * p)),
+                              int(std::lround(std::sin(modelAngle[i] + a) * modelRadius[i] * p)));
+            offsets.push_back(o);
+            angles.push_back(a);
+        }
+        for (int y = yMargin; y <= H - yMargin; y += step) {
+            for (int x = 2 * p; x <= W - 2 * p; x += step) {
+                for (size_t a = 0; a < offsets.size(); ++a) {
+                    float xr[kModelSize], xb[kModelSize];
+                    bool inside = true;
+                    for (int i = 0; i < kModelSize && inside; ++i) {
+                        const int sx = x + offsets[a][i].x(), sy = y + offsets[a][i].y();
+                        inside = sx >= 0 && sy >= 0 && sx < W && sy < H;
+                        if (inside) {
+                            xr[i] = rg(sx, sy);
+                            xb[i] = bg(sx, sy);
+                        }
+                    }
+                    if (!inside)
+                        continue;
+                    const float score =
+                        0.5f * (correlation(xr, er, kModelSize) + correlation(xb, eb, kModelSize));
+                    if (score > best) {
+                        best = score;
+                        bestCentre = QPoint(x, y);
+                        bestPitch = p;
+                        bestAngle = angles[a];
+                    }
+                }
+            }
+        }
+    }
+    if (best < kMinSearchScore || bestPitch == 0)
+        return {};
+    QVector<QPoint> centres;
+    for (int i = 0; i < kModelSize; ++i)
+        centres << bestCentre + QPoint(int(std::lround(std::cos(modelAngle[i] + bestAngle) * modelRadius[i] * bestPitch)),
+                                       int(std::lround(std::sin(modelAngle[i] + bestAngle) * modelRadius[i] * bestPitch)));
+    return centres;
+}
+
+ColorCorrectionAutoChartFinderImpl::FloatMatrix ColorCorrectionAutoChartFinderImpl::buildPatchMatrix(
+    QVector<QPoint> gridCoordinates, bool secondOrder)
+{
+    const long terms = secondOrder ? 6 : 3;
+    FloatMatrix m(gridCoordinates.size(), terms);
+    for (int i = 0; i < gridCoordinates.size(); ++i) {
+        const float c = float(gridCoordinates[i].x()), r = float(gridCoordinates[i].y());
+        m(i, 0) = 1.0f;
+        m(i, 1) = c;
+        m(i, 2) = r;
+        if (secondOrder) {
+            m(i, 3) = c * r;
+            m(i, 4) = c * c;
+            m(i, 5) = r * r;
+        }
+    }
+    return m;
+}
+
+namespace {
+
+GridFit fitGrid(ColorCorrectionAutoChartFinderImpl& impl, const QVector<QPoint>& grid, const QVector<QPoint>& pos,
+                bool secondOrder)
+{
+    GridFit fit;
+    const long terms = secondOrder ? 6 : 3;
+    if (grid.size() < terms + 1 || grid.size() != pos.size())
+        return fit;
+    const dlib::matrix<float> X = impl.buildPatchMatrix(grid, secondOrder);
+    dlib::matrix<float> Y(pos.size(), 2);
+    for (int i = 0; i < pos.size(); ++i) {
+        Y(i, 0) = float(pos[i].x());
+        Y(i, 1) = float(pos[i].y());
+    }
+    fit.coefficients = dlib::pinv(X) * Y;
+    fit.secondOrder = secondOrder;
+    fit.ok = dlib::is_finite(fit.coefficients);
+    return fit;
+}
+
+QPointF predict(const GridFit& fit, double c, double r)
+{
+    const double t[6] = {1.0, c, r, c * r, c * c, r * r};
+    double x = 0, y = 0;
+    for (long k = 0; k < fit.coefficients.nr(); ++k) {
+        x += t[k] * fit.coefficients(k, 0);
+        y += t[k] * fit.coefficients(k, 1);
+    }
+    return QPointF(x, y);
+}
+
+}  // namespace
+
+QVector<QPoint> ColorCorrectionAutoChartFinderImpl::getAllPatchCenter(QImage image, QVector<QPoint> initialCenters)
+{
+    const QVector<QPoint> model = modelPatches();
+    if (initialCenters.size() < 4 || initialCenters.size() > model.size() || image.isNull())
+        return {};
+    QVector<QPoint> grid = model.mid(0, initialCenters.size());
+    GridFit fit = fitGrid(*this, grid, initialCenters, false);
+    if (!fit.ok)
+        return {};
+
+    const QImage bright = brightestInGreen(image);
+    QVector<QPoint> allGrid;
+    for (int r = 0; r < kRows; ++r)
+        for (int c = 0; c < kColumns; ++c)
+            allGrid << QPoint(c, r);
+
+    // Predict, refine, refit: each refinement moves a centre only a few pixels,
+    // so a few rounds let the grid settle from the search's coarse pitch and angle.
+    for (int round = 0; round < 3; ++round) {
+        const QPointF o = predict(fit, 2.5, 1.5);
+        const double d = 0.5 * (std::hypot(predict(fit, 3.5, 1.5).x() - o.x(), predict(fit, 3.5, 1.5).y() - o.y()) +
+                                std::hypot(predict(fit, 2.5, 2.5).x() - o.x(), predict(fit, 2.5, 2.5).y() - o.y()));
+        if (!(d >= 4.0) || !std::isfinite(d))
+            return {};
+        const double maxRadius = float(d * kHalfCellDiagonal) * 0.5;
+        const int secondStart = int(std::lround(0.4 * kHalfCellDiagonal * d));
+        QVector<QPoint> grid24, refined;
+        for (const QPoint& g : qAsConst(allGrid)) {
+            const QPointF pf = predict(fit, g.x(), g.y());
+            QPoint p(qRound(pf.x()), qRound(pf.y()));
+            if (!image.valid(p))
+                continue;
+            // The black patch is as dark as the gaps around it: nothing to climb.
+            if (g != QPoint(5, 3)) {
+                p = findPatchCenter(bright, p, maxRadius, 1, 1);
+                p = findPatchCenter(bright, p, maxRadius, 1, secondStart);
+            }
+            grid24 << g;
+            refined << p;
+        }
+        if (refined.size() < 4)
+            return {};
+        GridFit next = fitGrid(*this, grid24, refined, refined.size() >= 12);
+        if (!next.ok)
+            return {};
+        // One trimming pass: drop centres that strayed onto a neighbour or the frame.
+        QVector<QPoint> keptGrid, kept;
+        for (int i = 0; i < refined.size(); ++i) {
+            const QPointF q = predict(next, grid24[i].x(), grid24[i].y());
+            if (std::hypot(q.x() - refined[i].x(), q.y() - refined[i].y()) <= 0.2 * d) {
+                keptGrid << grid24[i];
+                kept << refined[i];
+            }
+        }
+        if (kept.size() >= 12) {
+            const GridFit trimmed = fitGrid(*this, keptGrid, kept, true);
+            if (trimmed.ok)
+                next = trimmed;
+        }
+        fit = next;
+    }
+
+    QVector<QPoint> centres;
+    for (const QPoint& g : qAsConst(allGrid)) {
+        const QPointF pf = predict(fit, g.x(), g.y());
+        centres << QPoint(qRound(pf.x()), qRound(pf.y()));
+    }
+
+    // The whole chart must look like the chart, not only the nine search samples.
+    const QImage red = killAllChannelBut(QColor(1, 0, 0, 255), image);
+    const QImage green = killAllChannelBut(QColor(0, 1, 0, 255), image);
+    const QImage blue = killAllChannelBut(QColor(0, 0, 1, 255), image);
+    const FloatMatrix rg = divideQImage(red, green);
+    const FloatMatrix bg = divideQImage(blue, green);
+    QVector<int> indices;
+    for (int k = 0; k < kPatches; ++k)
+        indices << k;
+    if (chartScore(Ratios{&rg, &bg}, centres, indices) < kMinChartScore)
+        return {};
+    return centres;
+}
+
+QVector<QPoint> ColorCorrectionAutoChartFinderImpl::getColorCheckerCorners(QVector<QPoint> c)
+{
+    if (c.size() != kPatches)
+        return {};
+    // Each corner patch centre pushed outward by half a cell along both grid
+    // axes, the axes measured to its row and column neighbours. For an upright
+    // chart this is the centre moved by half the horizontal gap in x and half
+    // the vertical gap in y; measured along the grid it also holds for a
+    // tilted or quarter-turned chart.
+    auto corner = [](QPoint centre, QPoint alongRow, QPoint alongColumn) {
+        const double x = centre.x() + (centre.x() - alongRow.x()) * 0.5 + (centre.x() - alongColumn.x()) * 0.5;
+        const double y = centre.y() + (centre.y() - alongRow.y()) * 0.5 + (centre.y() - alongColumn.y()) * 0.5;
+        return QPoint(int(x), int(y));
+    };
+    return {corner(c[0], c[1], c[6]), corner(c[5], c[4], c[11]), corner(c[18], c[19], c[12]),
+            corner(c[23], c[22], c[17])};
+}
+
+void ColorCorrectionAutoChartFinderImpl::checkError(float& value, float, int limit)
+{
+    if (value > float(limit))
+        value = float(limit);
+    else if (value < 0.0f)
+        value = 0.0f;
+}
+
+int ColorCorrectionAutoChartFinderImpl::calculateHGap(QPoint a, QPoint b)
+{
+    return std::abs(a.x() - b.x());
+}
+
+int ColorCorrectionAutoChartFinderImpl::calculateVGap(QPoint a, QPoint b)
+{
+    return std::abs(a.y() - b.y());
+}
+
+QVector<QPoint> ColorCorrectionAutoChartFinderImpl::GetChartPosition(QImage image)
+{
+    if (image.isNull() || image.width() <= 0 || image.height() <= 0)
+        return {};
+    const double f = image.width() / double(kWorkingWidth);
+    const QImage small = image.scaledToWidth(kWorkingWidth, Qt::FastTransformation);
+    if (small.isNull())
+        return {};
+    const QImage blurred = boxFilter(small, 5);
+    const QVector<QPoint> initial = getInitialRegressionPatches(blurred);
+    const QVector<QPoint> centres = getAllPatchCenter(blurred, initial);
+    QVector<QPoint> corners = getColorCheckerCorners(centres);
+    for (QPoint& p : corners)
+        p = QPoint(int(p.x() * f), int(p.y() * f));
+    return corners;
+}

@@ -1,0 +1,45 @@
+#include "colorchecker.h"
+
+#include <gtest/gtest.h>
+
+TEST(ColorChecker, ReferencePatchesAndLevels)
+{
+    const ColorChecker cc;
+    const auto t = cc.GetTargetRgb();
+    EXPECT_EQ(t(19, 0), 147.89);
+    EXPECT_EQ(t(19, 1), 150.94);
+    EXPECT_EQ(t(19, 2), 151.31);
+    EXPECT_EQ(t(18, 0), 232.76);
+    EXPECT_EQ(t(18, 1), 233.26);
+    EXPECT_EQ(t(18, 2), 227.91);
+    EXPECT_EQ(cc.GetIndex80percent(), 19u);
+    EXPECT_EQ(cc.GetBrightness80percent(false), 150.0);
+    EXPECT_EQ(cc.GetBrightness80percent(true), 200.0);
+    // Greys really are the grey ramp: each darker than the one before.
+    for (long k = 19; k < 24; ++k)
+        EXPECT_LT(t(k, 1), t(k - 1, 1));
+}
+
+TEST(ColorChecker, JacobianIsBlockDiagonal)
+{
+    const auto j = ColorChecker().GetTargetFullJacobian();
+    int nonZeroInBlocks = 0;
+    for (long r = 0; r < 72; ++r)
+        for (long c = 0; c < 72; ++c) {
+            if (r / 3 != c / 3)
+                EXPECT_EQ(j(r, c), 0.0) << r << "," << c;
+            else if (j(r, c) != 0.0)
+                ++nonZeroInBlocks;
+        }
+    EXPECT_EQ(nonZeroInBlocks, 24 * 9);
+    EXPECT_EQ(j(0, 0), 0.15577);
+    EXPECT_EQ(j(71, 71), -1.6723);
+}
+
+TEST(ColorChecker, CallsReturnIndependentCopies)
+{
+    const ColorChecker cc;
+    auto a = cc.GetTargetRgb();
+    a(0, 0) = -1.0;
+    EXPECT_EQ(cc.GetTargetRgb()(0, 0), 44.138);
+}

@@ -1,0 +1,86 @@
+#include "enginetestutil.h"
+#include "matrix3x3.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+dlib::matrix<double, 3, 3> fit(const dlib::matrix<double, 24, 3>& chart)
+{
+    ColorChecker cc;
+    Matrix3x3 step(&cc);
+    step.SetInputChart(chart);
+    step.Run();
+    dlib::matrix<double, 3, 3> m;
+    step.GetMatrix(m);
+    return m;
+}
+
+TEST(Matrix3x3, TargetInputGivesIdentity)
+{
+    const auto m = fit(targetChart());
+    EXPECT_LT(dlib::max(dlib::abs(m - dlib::identity_matrix<double>(3))), 1e-9);
+}
+
+TEST(Matrix3x3, AllZeroChartGivesIdentity)
+{
+    const auto m = fit(dlib::zeros_matrix<double>(24, 3));
+    EXPECT_LT(dlib::max(dlib::abs(m - dlib::identity_matrix<double>(3))), 1e-12);
+}
+
+TEST(Matrix3x3, RecoversKnownUnitRowSumMatrix)
+{
+    const dlib::matrix<double, 3, 3> known[] = {
+        {1.2, -0.15, -0.05, -0.1, 1.2, -0.1, 0.0, -0.2, 1.2},
+        {1.1, -0.05, -0.05, -0.05, 1.15, -0.1, -0.02, -0.08, 1.1},
+    };
+    for (const auto& n : known) {
+        // The camera saw the target through inverse(n); the fit must undo it.
+        const auto measured = transformChart(targetChart(), dlib::inv(n));
+        ASSERT_GE(dlib::min(measured), 0.0);
+        ASSERT_LE(dlib::max(measured), 255.0);
+        const auto m = fit(measured);
+        EXPECT_LT(dlib::max(dlib::abs(m - n)), 1e-8) << m;
+    }
+}
+
+TEST(Matrix3x3, RowsSumToOneAndGreysPassWhateverTheInput)
+{
+    std::mt19937 rng(7);
+    ColorChecker cc;
+    for (int trial = 0; trial < 20; ++trial) {
+        Matrix3x3 step(&cc);
+        step.SetInputChart(randomMeasuredChart(rng));
+        step.Run();
+        dlib::matrix<double, 3, 3> m;
+        step.GetMatrix(m);
+        for (long r = 0; r < 3; ++r)
+            EXPECT_NEAR(dlib::sum(dlib::rowm(m, r)), 1.0, 1e-12) << trial;
+
+        dlib::matrix<double, 24, 3> greys;
+        for (long k = 0; k < 24; ++k)
+            greys(k, 0) = greys(k, 1) = greys(k, 2) = k * 255.0 / 23.0;
+        step.SetInputChart(greys);
+        step.Apply();
+        EXPECT_LT(dlib::max(dlib::abs(step.GetOutputChart() - greys)), 1e-9) << trial;
+    }
+}
+
+TEST(Matrix3x3, ApplyLimitsToRange)
+{
+    ColorChecker cc;
+    Matrix3x3 step(&cc);
+    step.SetInputChart(transformChart(targetChart(), dlib::inv(dlib::matrix<double, 3, 3>(
+                                                         {1.4, -0.3, -0.1, -0.2, 1.35, -0.15, 0.05, -0.45, 1.4}))));
+    step.Run();
+    dlib::matrix<double, 24, 3> extreme = dlib::zeros_matrix<double>(24, 3);
+    extreme(0, 0) = 255.0;  // pure red: the negative off-diagonals push G and B below 0
+    step.SetInputChart(extreme);
+    step.Apply();
+    const auto& out = step.GetOutputChart();
+    EXPECT_EQ(out(0, 0), 255.0);
+    EXPECT_EQ(out(0, 1), 0.0);
+    EXPECT_GE(dlib::min(out), 0.0);
+}
+
+}  // namespace

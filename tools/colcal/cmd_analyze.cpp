@@ -1,0 +1,147 @@
+#include "chartimage.h"
+#include "chartreport.h"
+#include "cli.h"
+#include "commands.h"
+#include "enginereport.h"
+
+#include "chartdiscriminator.h"
+#include "colorcalibrationv1.h"
+#include "colorcorrectionautochartfinder.h"
+#include "colorspace.h"
+
+#include <QJsonArray>
+
+#include <cmath>
+
+namespace {
+
+// "--grid" takes eight numbers as separate words; they are taken out before the
+// remaining words are parsed.
+QVector<QPoint> takeGrid(QStringList& words)
+{
+    const int at = words.indexOf("--grid");
+    if (at < 0)
+        return {};
+    if (words.size() < at + 9)
+        throw cli::Error("--grid needs eight numbers: x1 y1 x2 y2 x3 y3 x4 y4 (top-left, top-right, "
+                         "bottom-left, bottom-right)",
+                         cli::BadInput);
+    QVector<QPoint> corners;
+    for (int i = 0; i < 4; ++i) {
+        int xy[2];
+        for (int k = 0; k < 2; ++k) {
+            const QString w = words[at + 1 + 2 * i + k];
+            bool ok = false;
+            const double v = w.toDouble(&ok);
+            if (!ok || !std::isfinite(v) || std::fabs(v) > 1e7)
+                throw cli::Error(QString("--grid: not a number: \"%1\"").arg(w), cli::BadInput);
+            xy[k] = int(std::lround(v));
+        }
+        corners << QPoint(xy[0], xy[1]);
+    }
+    words.erase(words.begin() + at, words.begin() + at + 9);
+    return corners;
+}
+
+// The outline top-left, top-right, bottom-right, bottom-left must turn the same
+// way at every corner; a crossed or folded grid does not.
+bool isConvex(const QVector<QPoint>& c)
+{
+    const QPoint ring[4] = {c[0], c[1], c[3], c[2]};
+    int sign = 0;
+    for (int i = 0; i < 4; ++i) {
+        const QPoint a = ring[(i + 1) % 4] - ring[i], b = ring[(i + 2) % 4] - ring[(i + 1) % 4];
+        const qint64 cross = qint64(a.x()) * b.y() - qint64(a.y()) * b.x();
+        const int s = cross > 0 ? 1 : (cross < 0 ? -1 : 0);
+        if (s == 0 || (sign != 0 && s != sign))
+            return false;
+        sign = s;
+    }
+    return true;
+}
+
+}  // namespace
+
+int runAnalyze(const QStringList& input)
+{
+    QStringList words = input;
+    const QVector<QPoint> gridCorners = takeGrid(words);
+    const cli::Args args(words, {"json", "linear", "srgb"}, {"overlay"});
+    if (args.positional().size() != 1)
+        throw cli::Error("expects one IMAGE file", cli::BadInput);
+    if (args.flag("linear") && args.flag("srgb"))
+        throw cli::Error("--linear and --srgb exclude each other", cli::BadInput);
+    const QString path = args.positional().first();
+    const ChartImage::Encoding encoding = args.flag("linear") ? ChartImage::Encoding::Linear
+                                          : args.flag("srgb") ? ChartImage::Encoding::Srgb
+                                                              : ChartImage::Encoding::ByDepth;
+    ChartImage image = ChartImage::load(path, encoding);
+
+    CTrapezoid grid;
+    if (!gridCorners.isEmpty()) {
+        const QSize s = image.size();
+        for (const QPoint& p : gridCorners)
+            if (p.x() < 0 || p.y() < 0 || p.x() > s.width() || p.y() > s.height())
+                throw cli::Error(QString("%1: grid corner (%2, %3) lies outside the %4 x %5 image")
+                                     .arg(path).arg(p.x()).arg(p.y()).arg(s.width()).arg(s.height()),
+                                 cli::BadInput);
+        if (!isConvex(gridCorners))
+            throw cli::Error(QString("%1: grid corners cross each other or coincide (order: top-left, "
+                                     "top-right, bottom-left, bottom-right)")
+                                 .arg(path),
+                             cli::BadInput);
+        grid = CTrapezoid(gridCorners[0], gridCorners[1], gridCorners[2], gridCorners[3]);
+    } else {
+        ColorCorrectionAutoChartFinder finder;
+        const ColorCorrectionAutoChartFinderResult found = finder.GetChartPosition(image.display());
+        if (!found.valid)
+            throw cli::Error(QString("%1: no chart found (give the corners with --grid)").arg(path), cli::Failed);
+        grid = CTrapezoid(found.topLeft, found.topRight, found.bottomLeft, found.bottomRight);
+    }
+
+    ChartDiscriminator discriminator(70);
+    discriminator.setGridPosition(grid);
+    discriminator.updateColorPatchValues(&image.sdkImage());
+    QVector<QColor> colours;
+    discriminator.getColorPatchValues(colours);
+    if (colours.size() != 24)
+        throw cli::Error(QString("%1: only %2 of 24 patches are large enough to measure").arg(path).arg(colours.size()),
+                         cli::Failed);
+
+    const ColorSpace cs;
+    dlib::matrix<double, 24, 3> measured;
+    QJsonArray patches;
+    for (int k = 0; k < 24; ++k) {
+        const double v[3] = {colours[k].redF() * 255.0, colours[k].greenF() * 255.0, colours[k].blueF() * 255.0};
+        for (int c = 0; c < 3; ++c)
+            measured(k, c) = image.srgbEncoded() ? cs.sRGB_to_RGB(v[c]) : v[c];
+        patches.append(QJsonArray{measured(k, 0), measured(k, 1), measured(k, 2)});
+    }
+
+    if (args.has("overlay")) {
+        QVector<CTrapezoid> quads;
+        discriminator.getChartPositions(quads);
+        ChartReport::saveOverlay(ChartReport::overlay(image.display(), grid, quads), args.value("overlay"));
+    }
+
+    ColorCalibrationV1 engine;
+    runEngine(engine, measured);
+    if (args.flag("json")) {
+        QJsonObject out = engineReportJson(engine);
+        out.insert("corners", ChartReport::cornersJson(grid));
+        out.insert("patches", patches);
+        cli::printJson(out);
+    } else {
+        QString text = QString("%1: grid %2\nmeasured patches (linear RGB, 0..255):\n")
+                           .arg(path, ChartReport::cornersText(grid));
+        for (int k = 0; k < 24; ++k)
+            text += QString("%1 %2 %3 %4 %5\n")
+                        .arg(k + 1, 3)
+                        .arg(patchName(k), -16)
+                        .arg(measured(k, 0), 8, 'f', 2)
+                        .arg(measured(k, 1), 8, 'f', 2)
+                        .arg(measured(k, 2), 8, 'f', 2);
+        cli::print(text + "\n" + engineReportTable(engine));
+    }
+    return cli::Ok;
+}

@@ -1,0 +1,21 @@
+#include "cli.h"
+#include "commands.h"
+#include "enginereport.h"
+
+#include "colorcalibrationv1.h"
+
+int runEngineCommand(const QStringList& words)
+{
+    const cli::Args args(words, {"json"}, {});
+    if (args.positional().size() != 1)
+        throw cli::Error("expects one FILE of 24 R,G,B rows (\"-\" for stdin)", cli::BadInput);
+
+    const auto rows = cli::readNumberRows(args.positional().first(), 3, 24, 0.0, 255.0);
+    ColorCalibrationV1 engine;
+    runEngine(engine, chartFromRows(rows));
+    if (args.flag("json"))
+        cli::printJson(engineReportJson(engine));
+    else
+        cli::print(engineReportTable(engine));
+    return cli::Ok;
+}

@@ -1,0 +1,153 @@
+#include "enginereport.h"
+
+#include "cli.h"
+#include "colorcalibrationv1.h"
+
+#include <QJsonArray>
+
+#include <stdexcept>
+
+namespace {
+
+const char* const kPatchNames[24] = {
+    "dark skin",    "light skin",    "blue sky",   "foliage",       "blue flower",  "bluish green",
+    "orange",       "purplish blue", "moderate red", "purple",      "yellow green", "orange yellow",
+    "blue",         "green",         "red",        "yellow",        "magenta",      "cyan",
+    "white",        "neutral 8",     "neutral 6.5", "neutral 5",    "neutral 3.5",  "black",
+};
+
+struct StepInfo {
+    COLORCALIBRATION_STEP_TYPE type;
+    const char* name;
+};
+const StepInfo kSteps[] = {
+    {COLORCALIBRATION_STEP_ORIGINAL, "Original"},
+    {COLORCALIBRATION_STEP_DIGITALGAIN, "DigitalGain"},
+    {COLORCALIBRATION_STEP_WHITEBALANCE, "WhiteBalance"},
+    {COLORCALIBRATION_STEP_MATRIX3X3, "Matrix3x3"},
+    {COLORCALIBRATION_STEP_BC6X2, "Bc6x2"},
+};
+const char* const kHueColours[6] = {"red", "yellow", "green", "cyan", "blue", "magenta"};
+
+QJsonArray rowArray(const dlib::matrix<double, 24, 3>& chart, long row)
+{
+    return {chart(row, 0), chart(row, 1), chart(row, 2)};
+}
+
+}  // namespace
+
+const char* patchName(int patch)
+{
+    return patch >= 0 && patch < 24 ? kPatchNames[patch] : "";
+}
+
+dlib::matrix<double, 24, 3> chartFromRows(const std::vector<std::vector<double>>& rows)
+{
+    dlib::matrix<double, 24, 3> chart;
+    for (long k = 0; k < 24; ++k)
+        for (long c = 0; c < 3; ++c)
+            chart(k, c) = rows.at(k).at(c);
+    return chart;
+}
+
+void runEngine(ColorCalibrationV1& engine, const dlib::matrix<double, 24, 3>& measured)
+{
+    engine.SetChart(COLORCALIBRATION_STEP_ORIGINAL, measured);
+    try {
+        engine.Run();
+    } catch (const std::runtime_error& e) {
+        throw cli::Error(e.what(), cli::EngineError);
+    }
+}
+
+QJsonObject engineReportJson(ColorCalibrationV1& engine)
+{
+    double gain = 0, r = 0, g = 0, b = 0, gamma = 0;
+    dlib::matrix<double, 3, 3> m;
+    dlib::matrix<double, 12, 1> p;
+    engine.GetDigitalGain(gain);
+    engine.GetWhiteBalance(r, g, b);
+    engine.GetMatrix(m);
+    engine.GetBc6x2(p);
+    engine.GetGamma(gamma);
+
+    QJsonArray matrix, bc6x2, steps;
+    for (long i = 0; i < 3; ++i)
+        matrix.append(QJsonArray{m(i, 0), m(i, 1), m(i, 2)});
+    for (long i = 0; i < 12; ++i)
+        bc6x2.append(p(i));
+    for (const StepInfo& s : kSteps) {
+        const dlib::matrix<double, 24, 3> chart = engine.GetChart(s.type);
+        QJsonArray rows, dE, dC;
+        for (int k = 0; k < 24; ++k) {
+            rows.append(rowArray(chart, k));
+            dE.append(engine.GetError(s.type, k, false, true));
+            dC.append(engine.GetError(s.type, k, true, true));
+        }
+        steps.append(QJsonObject{{"step", s.name}, {"chart", rows}, {"deltaE", dE}, {"deltaC", dC}});
+    }
+    return {
+        {"digitalGain", gain},
+        {"whiteBalance", QJsonArray{r, g, b}},
+        {"matrix", matrix},
+        {"bc6x2", bc6x2},
+        {"gamma", gamma},
+        {"meanDeltaE", QJsonObject{{"original", engine.GetError(COLORCALIBRATION_STEP_ORIGINAL, false, false)},
+                                   {"final", engine.GetError(COLORCALIBRATION_STEP_BC6X2, false, true)}}},
+        {"meanDeltaC", QJsonObject{{"original", engine.GetError(COLORCALIBRATION_STEP_ORIGINAL, true, false)},
+                                   {"final", engine.GetError(COLORCALIBRATION_STEP_BC6X2, true, true)}}},
+        {"steps", steps},
+    };
+}
+
+QString engineReportTable(ColorCalibrationV1& engine)
+{
+    double gain = 0, r = 0, g = 0, b = 0, gamma = 0;
+    dlib::matrix<double, 3, 3> m;
+    dlib::matrix<double, 12, 1> p;
+    engine.GetDigitalGain(gain);
+    engine.GetWhiteBalance(r, g, b);
+    engine.GetMatrix(m);
+    engine.GetBc6x2(p);
+    engine.GetGamma(gamma);
+
+    QString t;
+    t += QString("Digital gain   %1\n").arg(gain, 0, 'f', 4);
+    t += QString("White balance  R %1  G %2  B %3\n").arg(r, 0, 'f', 4).arg(g, 0, 'f', 4).arg(b, 0, 'f', 4);
+    for (long i = 0; i < 3; ++i)
+        t += QString("%1 %2 %3 %4\n")
+                 .arg(i == 0 ? "Colour matrix " : "              ")
+                 .arg(m(i, 0), 9, 'f', 4).arg(m(i, 1), 9, 'f', 4).arg(m(i, 2), 9, 'f', 4);
+    QString hues = "Hue           ", sats = "Saturation    ", names = "              ";
+    for (int i = 0; i < 6; ++i) {
+        names += QString(" %1").arg(kHueColours[i], 8);
+        hues += QString(" %1").arg(p(i), 8, 'f', 4);
+        sats += QString(" %1").arg(p(i + 6), 8, 'f', 4);
+    }
+    t += names + "\n" + hues + "\n" + sats + "\n";
+    t += QString("Gamma          %1\n\n").arg(gamma, 0, 'f', 2);
+
+    const dlib::matrix<double, 24, 3> in = engine.GetChart(COLORCALIBRATION_STEP_ORIGINAL);
+    const dlib::matrix<double, 24, 3> out = engine.GetChart(COLORCALIBRATION_STEP_BC6X2);
+    t += QString("%1 %2 %3 %4 %5 %6 %7\n")
+             .arg("patch", -17).arg("measured R,G,B", 22).arg("calibrated R,G,B", 22)
+             .arg("dE before", 10).arg("dE after", 9).arg("dC before", 10).arg("dC after", 9);
+    auto rgb = [](const dlib::matrix<double, 24, 3>& c, long k) {
+        return QString("%1,%2,%3").arg(c(k, 0), 0, 'f', 1).arg(c(k, 1), 0, 'f', 1).arg(c(k, 2), 0, 'f', 1);
+    };
+    for (int k = 0; k < 24; ++k)
+        t += QString("%1 %2 %3 %4 %5 %6 %7\n")
+                 .arg(QString("%1 %2").arg(k + 1, 2).arg(kPatchNames[k]), -17)
+                 .arg(rgb(in, k), 22).arg(rgb(out, k), 22)
+                 .arg(engine.GetError(COLORCALIBRATION_STEP_ORIGINAL, k, false, false), 10, 'f', 2)
+                 .arg(engine.GetError(COLORCALIBRATION_STEP_BC6X2, k, false, true), 9, 'f', 2)
+                 .arg(engine.GetError(COLORCALIBRATION_STEP_ORIGINAL, k, true, false), 10, 'f', 2)
+                 .arg(engine.GetError(COLORCALIBRATION_STEP_BC6X2, k, true, true), 9, 'f', 2);
+    t += QString("%1 %2 %3 %4 %5 %6 %7\n")
+             .arg("mean", -17).arg("", 22).arg("", 22)
+             .arg(engine.GetError(COLORCALIBRATION_STEP_ORIGINAL, false, false), 10, 'f', 2)
+             .arg(engine.GetError(COLORCALIBRATION_STEP_BC6X2, false, true), 9, 'f', 2)
+             .arg(engine.GetError(COLORCALIBRATION_STEP_ORIGINAL, true, false), 10, 'f', 2)
+             .arg(engine.GetError(COLORCALIBRATION_STEP_BC6X2, true, true), 9, 'f', 2);
+    return t;
+}

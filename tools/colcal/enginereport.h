@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QString>
+
+#include <dlib/matrix.h>
+
+#include <vector>
+
+class ColorCalibrationV1;
+
+/// The 24 rows read by cli::readNumberRows as an engine chart.
+dlib::matrix<double, 24, 3> chartFromRows(const std::vector<std::vector<double>>& rows);
+
+/// Sets `measured` as the original chart and runs the whole chain. A grey
+/// chromatic patch becomes a cli::Error with the engine's message (exit code 3).
+void runEngine(ColorCalibrationV1& engine, const dlib::matrix<double, 24, 3>& measured);
+
+/// Results of an engine on which the chain has run: gains, matrix, hue/saturation,
+/// gamma, means and, per step, the chart and per-patch errors after that step.
+QJsonObject engineReportJson(ColorCalibrationV1& engine);
+/// The same as a table for people.
+QString engineReportTable(ColorCalibrationV1& engine);
+
+/// Common names of the chart's patches, in chart order.
+const char* patchName(int patch);
