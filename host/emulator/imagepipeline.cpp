@@ -75,41 +75,6 @@ struct ColorStage {
     bool hsbc;
     bool mono;
 
-    // The six-colour operator with the channel order looked up instead of
-    // branched on: noisy pixels change sector often, and mispredicted
-    // branches would cost more than the arithmetic. Same tests, same result
-    // as ColorAdjustment::apply.
-    inline void adjustColour(float rgb[3]) const
-    {
-        // code: which channel is smallest (0 R, 1 G, 2 B) and whether the
-        // first candidate of the other two is the largest.
-        static const int8_t kOrder[6][6] = {
-            // hi, mid, lo, i1, i2, sigma
-            {1, 2, 0, 2, 3, 1},   // R smallest, G largest
-            {2, 1, 0, 4, 3, -1},  // R smallest, B largest
-            {2, 0, 1, 4, 5, 1},   // G smallest, B largest
-            {0, 2, 1, 0, 5, -1},  // G smallest, R largest
-            {0, 1, 2, 0, 1, 1},   // B smallest, R largest
-            {1, 0, 2, 2, 1, -1},  // B smallest, G largest
-        };
-        const float r = rgb[0], g = rgb[1], b = rgb[2];
-        const bool rLow = (b >= r) & (g > r);
-        const bool gLow = !rLow & (r >= g) & (b > g);
-        const int lo = rLow ? 0 : (gLow ? 1 : 2);
-        const bool second = lo == 0 ? (b >= g) : (lo == 1 ? (r >= b) : (g >= r));
-        const int8_t* o = kOrder[2 * lo + (second ? 1 : 0)];
-        const float mx = rgb[o[0]], md = rgb[o[1]], mn = rgb[o[2]];
-        const float sg = static_cast<float>(o[5]);
-        const float h1 = sg * p[o[3]], s1 = p[o[3] + 6], h2 = sg * p[o[4]], s2 = p[o[4] + 6];
-        const float d1 = mx - md, d2 = md - mn;
-        const float nHi = mx + h2 * d2;
-        const float nMid = mx - (h1 + s1) * d1 - h2 * d2;
-        const float nLo = mx - (s1 - h1) * d1 - s2 * d2;
-        rgb[o[0]] = nHi;
-        rgb[o[1]] = nMid;
-        rgb[o[2]] = nLo;
-    }
-
     // The colour stages for a row held as three planes (overwritten), in
     // passes that the compiler can vectorise; results go to `out` as R G B every `step` floats.
     void runRow(float* __restrict R, float* __restrict G, float* __restrict B, int n, float* out, int step) const
@@ -121,12 +86,36 @@ struct ColorStage {
             B[i] = m[6] * r + m[7] * g + m[8] * b;
         }
         if (adjust) {
+            // The six-colour operator written with selects instead of branches
+            // or indexing: noisy pixels change sector often, and the loop can
+            // vectorise. Same tests and results as ColorAdjustment::apply.
             for (int i = 0; i < n; ++i) {
-                float v[3] = {R[i], G[i], B[i]};
-                adjustColour(v);
-                R[i] = v[0];
-                G[i] = v[1];
-                B[i] = v[2];
+                const float r = R[i], g = G[i], b = B[i];
+                const bool rLow = (b >= r) & (g > r);
+                const bool gLow = !rLow & (r >= g) & (b > g);
+                const bool bLow = !rLow & !gLow;
+                const bool rHi = (gLow & (r >= b)) | (bLow & !(g >= r));
+                const bool gHi = (rLow & !(b >= g)) | (bLow & (g >= r));
+                const bool bHi = !rHi & !gHi;
+                const float mx = rHi ? r : (gHi ? g : b);
+                const float mn = rLow ? r : (gLow ? g : b);
+                const float md = r + g + b - mx - mn;
+                // Primary of the largest channel, secondary opposite the smallest.
+                const float hue1 = rHi ? p[0] : (gHi ? p[2] : p[4]);
+                const float sat1 = rHi ? p[6] : (gHi ? p[8] : p[10]);
+                const float hue2 = bLow ? p[1] : (rLow ? p[3] : p[5]);
+                const float sat2 = bLow ? p[7] : (rLow ? p[9] : p[11]);
+                // +1 for largest/middle R/G, G/B, B/R.
+                const bool plus = (rHi & bLow) | (gHi & rLow) | (bHi & gLow);
+                const float sg = plus ? 1.0f : -1.0f;
+                const float h1 = sg * hue1, h2 = sg * hue2;
+                const float d1 = mx - md, d2 = md - mn;
+                const float nHi = mx + h2 * d2;
+                const float nMid = mx - (h1 + sat1) * d1 - h2 * d2;
+                const float nLo = mx - (sat1 - h1) * d1 - sat2 * d2;
+                R[i] = rHi ? nHi : (rLow ? nLo : nMid);
+                G[i] = gHi ? nHi : (gLow ? nLo : nMid);
+                B[i] = bHi ? nHi : (bLow ? nLo : nMid);
             }
         }
         if (hsbc) {
