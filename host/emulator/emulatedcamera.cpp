@@ -475,8 +475,11 @@ PipelineSettings EmulatedCamera::Impl::resolve() const
     s.contrast = map.getFloat("OstContrast");
     s.contrastMode = map.getEnum("OstContrastMode") == "Linear" ? ContrastMode::Linear : ContrastMode::SCurve;
     s.tonalRange = map.getEnum("TonalRangeEnable") == "On";
-    s.tonalLow = tonalLow;
-    s.tonalHigh = tonalHigh;
+    {
+        std::lock_guard<std::mutex> state(mutex);
+        s.tonalLow = tonalLow;
+        s.tonalHigh = tonalHigh;
+    }
     s.gammaEnable = map.getBool("GammaEnable");
     s.gammaCurve = map.getEnum("GammaSelector") == "sRGB" ? GammaCurve::SRGB : GammaCurve::User;
     s.gamma = map.getFloat("Gamma");
