@@ -131,6 +131,18 @@ double number(const QJsonValue& v)
     return v.toString().toDouble();
 }
 
+/// A leaf of the results document as a JSON number; null where the camera's
+/// settings text did not hold the feature under the name the document reads.
+QJsonValue leaf(const QJsonValue& v)
+{
+    return v.isString() ? QJsonValue(v.toString().toDouble()) : QJsonValue();
+}
+
+QString shown(const QJsonValue& v, int width = 0)
+{
+    return v.isDouble() ? QString("%1").arg(v.toDouble(), width, 'f', 4) : QString("%1").arg("-", width);
+}
+
 }  // namespace
 
 int runCalibrate(const QStringList& allWords)
@@ -350,18 +362,18 @@ int runCalibrate(const QStringList& allWords)
     const QJsonObject mx = cal.value("Matrix").toObject();
     const QJsonObject hue = cal.value("BC6x2").toObject().value("Hue").toObject();
     const QJsonObject sat = cal.value("BC6x2").toObject().value("Saturation").toObject();
-    const QJsonArray whiteBalance{number(wb.value("Red")), number(wb.value("Green")), number(wb.value("Blue"))};
+    const QJsonArray whiteBalance{leaf(wb.value("Red")), leaf(wb.value("Green")), leaf(wb.value("Blue"))};
     QJsonArray matrix, bc6x2;
     for (int r = 0; r < 3; ++r)
-        matrix.append(QJsonArray{number(mx.value(QString("Gain%1%2").arg(r).arg(0))),
-                                 number(mx.value(QString("Gain%1%2").arg(r).arg(1))),
-                                 number(mx.value(QString("Gain%1%2").arg(r).arg(2)))});
+        matrix.append(QJsonArray{leaf(mx.value(QString("Gain%1%2").arg(r).arg(0))),
+                                 leaf(mx.value(QString("Gain%1%2").arg(r).arg(1))),
+                                 leaf(mx.value(QString("Gain%1%2").arg(r).arg(2)))});
     const char* colours[] = {"Red", "Yellow", "Green", "Cyan", "Blue", "Magenta"};
     for (const char* c : colours)
-        bc6x2.append(number(hue.value(c)));
+        bc6x2.append(leaf(hue.value(c)));
     for (const char* c : colours)
-        bc6x2.append(number(sat.value(c)));
-    const double gamma = number(cal.value("Gamma"));
+        bc6x2.append(leaf(sat.value(c)));
+    const QJsonValue gamma = leaf(cal.value("Gamma"));
 
     if (args.flag("json")) {
         cli::printJson({
@@ -379,15 +391,13 @@ int runCalibrate(const QStringList& allWords)
     } else {
         QString out = QString("Camera %1 (%2)\n\n").arg(id, info->modelName()) + table + "\n";
         out += QString("White balance  R %1  G %2  B %3\n")
-                   .arg(whiteBalance[0].toDouble(), 0, 'f', 4).arg(whiteBalance[1].toDouble(), 0, 'f', 4)
-                   .arg(whiteBalance[2].toDouble(), 0, 'f', 4);
+                   .arg(shown(whiteBalance[0]), shown(whiteBalance[1]), shown(whiteBalance[2]));
         for (int r = 0; r < 3; ++r)
             out += QString("%1 %2 %3 %4\n")
                        .arg(r == 0 ? "Colour matrix " : "              ")
-                       .arg(matrix[r].toArray()[0].toDouble(), 9, 'f', 4)
-                       .arg(matrix[r].toArray()[1].toDouble(), 9, 'f', 4)
-                       .arg(matrix[r].toArray()[2].toDouble(), 9, 'f', 4);
-        out += QString("Gamma          %1\n").arg(gamma, 0, 'f', 2);
+                       .arg(shown(matrix[r].toArray()[0], 9), shown(matrix[r].toArray()[1], 9),
+                            shown(matrix[r].toArray()[2], 9));
+        out += QString("Gamma          %1\n").arg(shown(gamma));
         if (!settingsFolder.isEmpty())
             out += "Settings file  " + settingsFolder + "/Calibrated.pfs\n";
         if (!reportFolder.isEmpty())
