@@ -73,9 +73,19 @@ bool hasPixels(const Kalto::CKaltoImage* image)
 
 }  // namespace
 
+namespace {
+
+inline double brightest(const ChartDiscriminator::rgb16& s)
+{
+    const double rg = s.red > s.green ? s.red : s.green;
+    return rg > s.blue ? rg : s.blue;
+}
+
+}  // namespace
+
 bool ChartDiscriminator::rgb16::operator<(const rgb16& o) const
 {
-    return std::max({red, green, blue}) < std::max({o.red, o.green, o.blue});
+    return brightest(*this) < brightest(o);
 }
 
 ChartDiscriminator::ChartDiscriminator(int patchSizePercent)
@@ -179,8 +189,15 @@ bool ChartDiscriminator::getColorPatchValue(const CTrapezoid& patch, const Kalto
     }
     if (m_samples.size() < kMinSamples)
         return false;
-    const auto median = m_samples.begin() + static_cast<std::ptrdiff_t>(m_samples.size() / 2);
-    std::nth_element(m_samples.begin(), median, m_samples.end());
+    // Selection on packed (brightest channel, sample index) keys orders the
+    // samples exactly as rgb16's operator< does, on plain integers. The read-out
+    // gives integer channels, so the brightest one fits the upper 32 bits.
+    m_keys.resize(m_samples.size());
+    for (size_t i = 0; i < m_samples.size(); ++i)
+        m_keys[i] = (static_cast<uint64_t>(brightest(m_samples[i])) << 32) | i;
+    const auto middle = m_keys.begin() + static_cast<std::ptrdiff_t>(m_keys.size() / 2);
+    std::nth_element(m_keys.begin(), middle, m_keys.end());
+    const rgb16* median = &m_samples[static_cast<size_t>(*middle & 0xffffffffu)];
     result.setRedF(median->red / fullScale);
     result.setGreenF(median->green / fullScale);
     result.setBlueF(median->blue / fullScale);
