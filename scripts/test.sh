@@ -13,3 +13,13 @@ export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1:abort_on_error=1}
 export LSAN_OPTIONS=${LSAN_OPTIONS:-suppressions=$PWD/tests/lsan.supp:print_suppressions=0}
 export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1:halt_on_error=1}
 ctest --test-dir "$build" --output-on-failure -j2
+
+# The threaded suites again under ThreadSanitizer (Qt itself is not
+# instrumented; tests/tsan.supp names the reports that lie wholly inside it).
+if [ "${COLCAL_SKIP_TSAN:-0}" != 1 ]; then
+  tsan=${COLCAL_TSAN_BUILD:-build/tsan}
+  cmake -S . -B "$tsan" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCOLCAL_TSAN=ON -DBUILD_TESTING=ON -DCOLCAL_BENCH=OFF
+  cmake --build "$tsan" --target colcal_threaded_tests
+  TSAN_OPTIONS="suppressions=$PWD/tests/tsan.supp:halt_on_error=1:second_deadlock_stack=1" \
+    ctest --test-dir "$tsan" -L threaded --output-on-failure -j2
+fi

@@ -1,0 +1,383 @@
+#include "genicam/featurepersistence.h"
+
+#include "genicam/nodemap.h"
+#include "genicam/runtimeexception.h"
+
+#include <charconv>
+#include <cmath>
+#include <mutex>
+#include <set>
+
+namespace Kalto {
+
+namespace {
+
+const char kHexDigits[] = "0123456789ABCDEF";
+
+std::string escapeText(const std::string& s)
+{
+    std::string out;
+    out.reserve(s.size());
+    for (unsigned char c : s) {
+        switch (c) {
+        case '\\': out += "\\\\"; break;
+        case '\t': out += "\\t"; break;
+        case '\n': out += "\\n"; break;
+        case '\r': out += "\\r"; break;
+        default:
+            if (c < 0x20 || c == 0x7f || c == '#') {
+                out += "\\x";
+                out += kHexDigits[c >> 4];
+                out += kHexDigits[c & 15];
+            } else {
+                out += static_cast<char>(c);
+            }
+        }
+    }
+    return out;
+}
+
+int hexValue(char c)
+{
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    return -1;
+}
+
+bool unescapeText(std::string_view s, std::string& out)
+{
+    out.clear();
+    out.reserve(s.size());
+    for (size_t i = 0; i < s.size(); ++i) {
+        if (s[i] != '\\') {
+            out += s[i];
+            continue;
+        }
+        if (++i >= s.size())
+            return false;
+        switch (s[i]) {
+        case '\\': out += '\\'; break;
+        case 't': out += '\t'; break;
+        case 'n': out += '\n'; break;
+        case 'r': out += '\r'; break;
+        case 'x': {
+            if (i + 2 >= s.size())
+                return false;
+            const int hi = hexValue(s[i + 1]), lo = hexValue(s[i + 2]);
+            if (hi < 0 || lo < 0)
+                return false;
+            out += static_cast<char>(hi * 16 + lo);
+            i += 2;
+            break;
+        }
+        default:
+            return false;
+        }
+    }
+    return true;
+}
+
+// Returns an empty reason when the line is well-formed UTF-8 without control
+// bytes other than tab.
+const char* checkText(std::string_view s)
+{
+    const auto* p = reinterpret_cast<const unsigned char*>(s.data());
+    const size_t n = s.size();
+    size_t i = 0;
+    while (i < n) {
+        const unsigned char c = p[i];
+        if (c < 0x80) {
+            if ((c < 0x20 && c != '\t') || c == 0x7f)
+                return "control or binary bytes in the line";
+            ++i;
+            continue;
+        }
+        size_t len;
+        uint32_t cp;
+        if (c >= 0xc2 && c <= 0xdf) {
+            len = 2;
+            cp = c & 0x1f;
+        } else if (c >= 0xe0 && c <= 0xef) {
+            len = 3;
+            cp = c & 0x0f;
+        } else if (c >= 0xf0 && c <= 0xf4) {
+            len = 4;
+            cp = c & 0x07;
+        } else {
+            return "not valid UTF-8";
+        }
+        if (i + len > n)
+            return "not valid UTF-8";
+        for (size_t k = 1; k < len; ++k) {
+            if ((p[i + k] & 0xc0) != 0x80)
+                return "not valid UTF-8";
+            cp = (cp << 6) | (p[i + k] & 0x3f);
+        }
+        // Overlong forms, surrogates and code points past U+10FFFF.
+        if ((len == 3 && cp < 0x800) || (len == 4 && (cp < 0x10000 || cp > 0x10ffff)) ||
+            (cp >= 0xd800 && cp <= 0xdfff))
+            return "not valid UTF-8";
+        i += len;
+    }
+    return nullptr;
+}
+
+bool parseDouble(std::string_view s, double& v)
+{
+    if (s.empty())
+        return false;
+    const char* end = s.data() + s.size();
+    auto r = std::from_chars(s.data(), end, v, std::chars_format::general);
+    return r.ec == std::errc() && r.ptr == end && std::isfinite(v);
+}
+
+bool parseInt(std::string_view s, int64_t& v)
+{
+    if (s.empty())
+        return false;
+    const char* end = s.data() + s.size();
+    auto r = std::from_chars(s.data(), end, v, 10);
+    return r.ec == std::errc() && r.ptr == end;
+}
+
+std::string shortName(std::string_view name)
+{
+    // Names of rejected lines are reported back; keep them readable and short.
+    constexpr size_t kMax = 80;
+    if (name.size() <= kMax)
+        return std::string(name);
+    return std::string(name.substr(0, kMax)) + "...";
+}
+
+void writeValue(const CNodeMap& map, const std::string& name, const std::string* entry,
+                std::string& out)
+{
+    out += name;
+    out += '\t';
+    switch (map.nodeType(name)) {
+    case ENodeType::Float:
+        out += CFeaturePersistence::FormatFloat(entry ? map.getFloatFor(name, *entry)
+                                                      : map.getFloat(name));
+        break;
+    case ENodeType::Integer:
+        out += std::to_string(entry ? map.getIntegerFor(name, *entry) : map.getInteger(name));
+        break;
+    case ENodeType::Enumeration:
+        out += entry ? map.getEnumFor(name, *entry) : map.getEnum(name);
+        break;
+    case ENodeType::Boolean:
+        out += (entry ? map.getBoolFor(name, *entry) : map.getBool(name)) ? "1" : "0";
+        break;
+    case ENodeType::String:
+        out += escapeText(entry ? map.getStringFor(name, *entry) : map.getString(name));
+        break;
+    case ENodeType::Command:
+        break;
+    }
+    out += '\n';
+}
+
+bool persistable(const CNodeMap& map, const std::string& name)
+{
+    return map.isPersistent(name) && map.nodeType(name) != ENodeType::Command &&
+           map.isWritable(name);
+}
+
+}  // namespace
+
+std::string CFeaturePersistence::FormatFloat(double value)
+{
+    char buf[64];
+    auto r = std::to_chars(buf, buf + sizeof buf, value);
+    return std::string(buf, r.ptr);
+}
+
+std::string CFeaturePersistence::Save(const CNodeMap& map)
+{
+    std::lock_guard<std::recursive_mutex> lock(map.mutex());
+    std::string out;
+    out += "# Kalto feature persistence text\n";
+    out += "# Node map: " + escapeText(map.name()) + "\n";
+    for (const std::string& name : map.nodeNames()) {
+        if (!map.selectorOf(name).empty())
+            continue;  // written in its selector's block
+        std::vector<std::string> selected;
+        if (map.nodeType(name) == ENodeType::Enumeration)
+            for (const std::string& f : map.selectedFeatures(name))
+                if (persistable(map, f))
+                    selected.push_back(f);
+        if (selected.empty()) {
+            if (persistable(map, name))
+                writeValue(map, name, nullptr, out);
+            continue;
+        }
+        if (!map.isWritable(name))
+            continue;  // the entries could not be addressed when loading
+        for (const SEnumEntry& e : map.enumEntries(name)) {
+            if (!e.available)
+                continue;
+            out += name + '\t' + e.symbolic + '\n';
+            for (const std::string& f : selected)
+                writeValue(map, f, &e.symbolic, out);
+        }
+        writeValue(map, name, nullptr, out);
+    }
+    return out;
+}
+
+SLoadReport CFeaturePersistence::Load(CNodeMap& map, std::string_view text)
+{
+    std::lock_guard<std::recursive_mutex> lock(map.mutex());
+    SLoadReport report;
+    std::set<std::string> failedSelectors;
+    auto reject = [&](size_t lineNumber, std::string_view feature, std::string reason) {
+        ++report.rejectedCount;
+        if (report.rejected.size() < kMaxReportedLines)
+            report.rejected.push_back({lineNumber, shortName(feature), std::move(reason)});
+    };
+
+    size_t pos = 0;
+    size_t lineNumber = 0;
+    std::string scratch;
+    while (pos < text.size()) {
+        ++lineNumber;
+        size_t end = text.find('\n', pos);
+        if (end == std::string_view::npos)
+            end = text.size();
+        std::string_view line = text.substr(pos, end - pos);
+        pos = end + 1;
+        if (!line.empty() && line.back() == '\r')
+            line.remove_suffix(1);
+        if (line.size() > kMaxLineBytes) {
+            reject(lineNumber, {}, "line longer than " + std::to_string(kMaxLineBytes) + " bytes");
+            continue;
+        }
+        if (line.find_first_not_of(" \t") == std::string_view::npos || line.front() == '#')
+            continue;
+        if (const char* bad = checkText(line)) {
+            reject(lineNumber, {}, bad);
+            continue;
+        }
+        const size_t tab = line.find('\t');
+        if (tab == std::string_view::npos) {
+            reject(lineNumber, line.substr(0, line.find(' ')), "no tab between name and value");
+            continue;
+        }
+        const std::string name(line.substr(0, tab));
+        const std::string_view value = line.substr(tab + 1);
+        if (!map.hasNode(name)) {
+            reject(lineNumber, name, "unknown feature");
+            continue;
+        }
+        const ENodeType type = map.nodeType(name);
+        const bool isSelector =
+            type == ENodeType::Enumeration && !map.selectedFeatures(name).empty();
+        auto failSelector = [&] {
+            if (isSelector)
+                failedSelectors.insert(name);
+        };
+        const std::string selector = map.selectorOf(name);
+        if (!selector.empty() && failedSelectors.count(selector)) {
+            reject(lineNumber, name, "its selector " + selector + " was not applied");
+            continue;
+        }
+        if (type == ENodeType::Command) {
+            reject(lineNumber, name, "a command holds no value");
+            continue;
+        }
+        if (!map.isWritable(name)) {
+            reject(lineNumber, name, "feature is not writable");
+            failSelector();
+            continue;
+        }
+        try {
+            switch (type) {
+            case ENodeType::Float: {
+                double v;
+                if (!parseDouble(value, v)) {
+                    reject(lineNumber, name, "not a number");
+                    continue;
+                }
+                const double lo = map.floatMin(name), hi = map.floatMax(name);
+                if (v < lo || v > hi) {
+                    reject(lineNumber, name,
+                           "out of range [" + FormatFloat(lo) + ", " + FormatFloat(hi) + "]");
+                    continue;
+                }
+                map.setFloat(name, v);
+                break;
+            }
+            case ENodeType::Integer: {
+                int64_t v;
+                if (!parseInt(value, v)) {
+                    reject(lineNumber, name, "not an integer");
+                    continue;
+                }
+                const int64_t lo = map.integerMin(name), hi = map.integerMax(name);
+                if (v < lo || v > hi) {
+                    reject(lineNumber, name,
+                           "out of range [" + std::to_string(lo) + ", " + std::to_string(hi) +
+                               "]");
+                    continue;
+                }
+                map.setInteger(name, v);
+                break;
+            }
+            case ENodeType::Enumeration: {
+                const std::string symbolic(value);
+                bool known = false;
+                for (const SEnumEntry& e : map.enumEntries(name))
+                    known = known || e.symbolic == symbolic;
+                if (!known) {
+                    reject(lineNumber, name, "no entry named " + shortName(symbolic));
+                    failSelector();
+                    continue;
+                }
+                if (!map.isEntryAvailable(name, symbolic)) {
+                    reject(lineNumber, name, "entry " + symbolic + " is not available");
+                    failSelector();
+                    continue;
+                }
+                map.setEnum(name, symbolic);
+                failedSelectors.erase(name);
+                break;
+            }
+            case ENodeType::Boolean:
+                if (value == "1" || value == "true")
+                    map.setBool(name, true);
+                else if (value == "0" || value == "false")
+                    map.setBool(name, false);
+                else {
+                    reject(lineNumber, name, "not a boolean (1, 0, true, false)");
+                    continue;
+                }
+                break;
+            case ENodeType::String:
+                if (!unescapeText(value, scratch)) {
+                    reject(lineNumber, name, "bad escape sequence");
+                    continue;
+                }
+                if (scratch.size() > map.stringMaxLength(name)) {
+                    reject(lineNumber, name, "text longer than the feature allows");
+                    continue;
+                }
+                map.setString(name, scratch);
+                break;
+            case ENodeType::Command:
+                break;
+            }
+            ++report.appliedLines;
+        } catch (const GenICam_3_1_Ostrel_kalto::RuntimeException& e) {
+            // The device may refuse a write its limits allow (a callback vetoing it).
+            reject(lineNumber, name, e.GetDescription());
+            failSelector();
+        }
+    }
+    return report;
+}
+
+}  // namespace Kalto

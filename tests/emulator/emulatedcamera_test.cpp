@@ -1,0 +1,498 @@
+#include "chartfit.h"
+#include "chartsampler.h"
+#include "coloradjustment.h"
+#include "emulatedcamera.h"
+#include "emulatortransportlayer.h"
+
+#include "genicam/featurepersistence.h"
+#include "genicam/nodemap.h"
+#include "genicam/runtimeexception.h"
+#include "kalto/grabresultdata.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using Kalto::CGrabResultPtr;
+using Kalto::EAcquisitionMode;
+
+CameraModel modelNamed(const std::string& id)
+{
+    for (const auto& m : CameraModel::defaults())
+        if (m.id == id)
+            return m;
+    throw std::runtime_error("no model " + id);
+}
+
+// Collects delivered results; waits with a deadline so a broken camera fails
+// the test instead of hanging it.
+struct Collector {
+    std::mutex mutex;
+    std::condition_variable cv;
+    std::vector<CGrabResultPtr> results;
+    std::vector<std::chrono::steady_clock::time_point> times;
+
+    Kalto::IDevice::FrameSink sink()
+    {
+        return [this](const CGrabResultPtr& r) {
+            std::lock_guard<std::mutex> lock(mutex);
+            results.push_back(r);
+            times.push_back(std::chrono::steady_clock::now());
+            cv.notify_all();
+        };
+    }
+    bool waitFor(size_t n, int seconds = 20)
+    {
+        std::unique_lock<std::mutex> lock(mutex);
+        return cv.wait_for(lock, std::chrono::seconds(seconds), [&] { return results.size() >= n; });
+    }
+    size_t count()
+    {
+        std::lock_guard<std::mutex> lock(mutex);
+        return results.size();
+    }
+};
+
+class EmulatedCameraTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(m_dir.isValid());
+        // The camera's flash lives under the user's data folder: keep it in the sandbox.
+        qputenv("XDG_DATA_HOME", m_dir.path().toUtf8());
+    }
+
+    // A small frame keeps the sanitizer build quick.
+    static std::unique_ptr<EmulatedCamera> smallCamera(const std::string& id)
+    {
+        auto cam = std::make_unique<EmulatedCamera>(modelNamed(id));
+        cam->nodeMap().setInteger("Width", 480);
+        cam->nodeMap().setInteger("Height", 300);
+        cam->open();
+        return cam;
+    }
+
+    static Frame grab(EmulatedCamera& cam)
+    {
+        Collector c;
+        cam.setFrameSink(c.sink());
+        cam.startAcquisition(EAcquisitionMode::SingleFrame);
+        EXPECT_TRUE(c.waitFor(1));
+        cam.stopAcquisition();
+        cam.setFrameSink(nullptr);
+        Frame f;
+        if (c.results.empty() || !c.results[0]->GrabSucceeded())
+            return f;
+        const auto& r = *c.results[0];
+        f.width = static_cast<int>(r.GetWidth());
+        f.height = static_cast<int>(r.GetHeight());
+        f.format = r.GetPixelType();
+        const auto* p = static_cast<const uint8_t*>(r.GetBuffer());
+        f.data.assign(p, p + r.GetPayloadSize());
+        return f;
+    }
+
+    // The neutral state a calibration starts from, written through the features.
+    static void neutralise(EmulatedCamera& cam)
+    {
+        auto& m = cam.nodeMap();
+        const bool s2 = cam.model().generation == CameraModel::Generation::Sfnc2;
+        m.setEnum("ExposureAuto", "Off");
+        m.setEnum("GainAuto", "Off");
+        m.setEnum("BalanceWhiteAuto", "Off");
+        m.setEnum("TonalRangeAuto", "Off");
+        m.setEnum("TonalRangeEnable", "Off");
+        s2 ? void(m.setFloat("BlackLevel", 0)) : void(m.setInteger("BlackLevelRaw", 0));
+        m.setBool("GammaEnable", false);
+        m.setFloat("Gamma", 1.0);
+        m.setEnum(s2 ? "LightSourceSelector" : "OstLightSourcePreset", "Off");
+        for (const char* g : {"Gain00", "Gain01", "Gain02", "Gain10", "Gain11", "Gain12", "Gain20", "Gain21", "Gain22"}) {
+            m.setEnum("ColorTransformationValueSelector", g);
+            m.setFloat("ColorTransformationValue", g[4] == g[5] ? 1.0 : 0.0);
+        }
+        m.setFloat("OstHue", 0);
+        m.setFloat("OstSaturation", 1);
+        m.setFloat("OstBrightness", 0);
+        m.setFloat("OstContrast", 0);
+        m.setBool("LUTEnable", false);
+        for (const char* c : {"Red", "Yellow", "Green", "Cyan", "Blue", "Magenta"}) {
+            m.setEnum(s2 ? "ColorAdjustmentSelector" : "OstColorAdjustmentSelector", c);
+            m.setFloat(s2 ? "ColorAdjustmentHue" : "OstColorAdjustmentHue", 0);
+            m.setFloat(s2 ? "ColorAdjustmentSaturation" : "OstColorAdjustmentSaturation", 1);
+        }
+        for (const char* c : {"Red", "Green", "Blue"}) {
+            m.setEnum("BalanceRatioSelector", c);
+            m.setFloat(s2 ? "BalanceRatio" : "BalanceRatioAbs", 1.0);
+        }
+        m.setEnum("DemosaicingMode", "Simple");
+        m.setEnum("PixelFormat", "RGB8");
+    }
+
+    static void setExposure(EmulatedCamera& cam, double us)
+    {
+        const bool s2 = cam.model().generation == CameraModel::Generation::Sfnc2;
+        cam.nodeMap().setFloat(s2 ? "ExposureTime" : "ExposureTimeAbs", us);
+    }
+
+    QTemporaryDir m_dir;
+};
+
+struct FeatureRow {
+    const char* camera;
+    std::vector<const char*> present;
+    std::vector<const char*> absent;
+};
+
+const FeatureRow kFeatureRows[] = {
+    {"emu-cmed-0",
+     {"ExposureTime", "Gain", "BalanceRatio", "BlackLevel", "LightSourceSelector", "ColorAdjustmentSelector",
+      "ColorAdjustmentHue", "ColorAdjustmentSaturation", "AutoGainLowerLimit", "AutoGainUpperLimit",
+      "AutoExposureTimeLowerLimit", "AutoExposureTimeUpperLimit", "ColorTransformationValue", "UserSetDefault"},
+     {"ExposureTimeAbs", "GainRaw", "BalanceRatioAbs", "OstLightSourcePreset", "OstColorAdjustmentHue"}},
+    {"emu-custom-1",
+     {"ExposureTimeAbs", "GainRaw", "BalanceRatioAbs", "BalanceRatioRaw", "BlackLevelRaw", "OstLightSourcePreset",
+      "OstColorAdjustmentSelector", "OstColorAdjustmentHue", "OstColorAdjustmentSaturation",
+      "OstColorAdjustmentEnable", "OstColorAdjustmentHueRaw", "OstColorAdjustmentSaturationRaw",
+      "AutoExposureTimeAbsLowerLimit", "AutoExposureTimeAbsUpperLimit", "AutoGainRawLowerLimit", "AutoGainRawUpperLimit"},
+     {"ExposureTime", "Gain", "BalanceRatio", "LightSourceSelector", "ColorAdjustmentHue"}},
+};
+
+TEST_F(EmulatedCameraTest, ModelsAndTheirFeatures)
+{
+    const auto models = CameraModel::defaults();
+    ASSERT_EQ(models.size(), 3u);
+    EXPECT_NE(models[0].modelName.find("cMED"), std::string::npos);
+    EXPECT_NE(models[1].modelName.find("Emulation"), std::string::npos);
+    for (const auto& row : kFeatureRows) {
+        EmulatedCamera cam(modelNamed(row.camera));
+        for (const char* f : row.present)
+            EXPECT_TRUE(cam.nodeMap().isAvailable(f)) << row.camera << " lacks " << f;
+        for (const char* f : row.absent)
+            EXPECT_FALSE(cam.nodeMap().hasNode(f)) << row.camera << " has " << f;
+        for (const char* f : {"PixelFormat", "Width", "Height", "TestImageSelector", "TestPattern", "DemosaicingMode",
+                              "OstHue", "OstSaturation", "OstBrightness", "OstContrast", "OstContrastMode",
+                              "TonalRangeAuto", "TonalRangeEnable", "BalanceWhiteAuto", "ExposureAuto", "GainAuto",
+                              "LUTSelector", "LUTEnable", "LUTValue", "LUTIndex", "LUTValueAll", "GammaSelector",
+                              "GammaEnable", "Gamma", "ProcessedRawEnable", "UserSetSelector", "UserSetLoad",
+                              "UserSetSave", "DeviceModelName", "DeviceColorPipelineVersion"})
+            EXPECT_TRUE(cam.nodeMap().hasNode(f)) << row.camera << " lacks " << f;
+    }
+    EmulatedCamera medical(models[0]), custom(models[1]), legacy(models[2]);
+    EXPECT_EQ(medical.nodeMap().getInteger("DeviceSFNCVersionMajor"), 2);
+    EXPECT_EQ(custom.nodeMap().getInteger("DeviceSFNCVersionMajor"), 1);
+    EXPECT_EQ(custom.nodeMap().getInteger("DeviceColorPipelineVersion"), 1);
+    EXPECT_EQ(legacy.nodeMap().getInteger("DeviceColorPipelineVersion"), 2);
+    EXPECT_FALSE(medical.nodeMap().isWritable("DeviceModelName"));
+}
+
+TEST_F(EmulatedCameraTest, StartsInAUsersNonNeutralState)
+{
+    for (const auto& model : CameraModel::defaults()) {
+        EmulatedCamera cam(model);
+        auto& m = cam.nodeMap();
+        EXPECT_EQ(m.getEnum("ExposureAuto"), "Continuous");
+        EXPECT_EQ(m.getEnum("BalanceWhiteAuto"), "Continuous");
+        EXPECT_TRUE(m.getBool("GammaEnable"));
+        EXPECT_NE(m.getFloat("Gamma"), 1.0);
+        EXPECT_TRUE(m.getBool("LUTEnable"));
+        EXPECT_NE(m.getFloat("OstHue"), 0.0);
+        const std::string fmt = m.getEnum("PixelFormat");
+        EXPECT_TRUE(fmt == "BayerRG8" || fmt == "RGB8") << fmt;
+        const auto s = cam.currentSettings();
+        EXPECT_GT(s.blackLevelDn, 0.0);
+        EXPECT_NE(s.matrix[0], 1.0);  // a light-source preset is active
+        EXPECT_NE(s.colorAdjust, ColorAdjustment::neutral());
+    }
+}
+
+TEST_F(EmulatedCameraTest, WritesAreClippedAndRoundedToIncrements)
+{
+    EmulatedCamera medical(modelNamed("emu-cmed-0"));
+    auto& m = medical.nodeMap();
+    m.setEnum("GainAuto", "Off");
+    m.setEnum("BalanceWhiteAuto", "Off");
+    EXPECT_EQ(m.setFloat("Gain", 30.0), 24.0);
+    EXPECT_EQ(m.setFloat("Gain", -3.0), 0.0);
+    const double ratio = m.setFloat("BalanceRatio", 1.2345);
+    EXPECT_NEAR(ratio, 1.2345, 1.0 / 512 + 1e-12);
+    EXPECT_DOUBLE_EQ(ratio * 256, std::round(ratio * 256));
+    const double v = m.setFloat("ColorTransformationValue", -0.123456);
+    EXPECT_DOUBLE_EQ(v * 256, std::round(v * 256));
+    EXPECT_EQ(m.setFloat("ColorTransformationValue", 9.0), 4.0);
+    EXPECT_EQ(m.setFloat("ColorAdjustmentSaturation", 3.0), 2.0);
+    // Manual exposure is read-only while the camera drives it.
+    EXPECT_FALSE(m.isWritable("ExposureTime"));
+    EXPECT_THROW(m.setFloat("ExposureTime", 5000), GenICam_3_1_Ostrel_kalto::RuntimeException);
+    m.setEnum("ExposureAuto", "Off");
+    EXPECT_EQ(m.setFloat("ExposureTime", 5000.4), 5000.0);
+
+    EmulatedCamera custom(modelNamed("emu-custom-1"));
+    auto& c = custom.nodeMap();
+    c.setEnum("BalanceWhiteAuto", "Off");
+    c.setEnum("GainAuto", "Off");
+    c.setEnum("BalanceRatioSelector", "Blue");
+    c.setFloat("BalanceRatioAbs", 1.5);
+    EXPECT_EQ(c.getInteger("BalanceRatioRaw"), 192);
+    c.setInteger("BalanceRatioRaw", 64);
+    EXPECT_DOUBLE_EQ(c.getFloat("BalanceRatioAbs"), 0.5);
+    c.setEnum("OstColorAdjustmentSelector", "Cyan");
+    c.setInteger("OstColorAdjustmentHueRaw", 64);
+    EXPECT_DOUBLE_EQ(c.getFloat("OstColorAdjustmentHue"), 0.5);
+    c.setFloat("OstColorAdjustmentSaturation", 1.25);
+    EXPECT_EQ(c.getInteger("OstColorAdjustmentSaturationRaw"), 160);
+    // GainRaw: 0.001 dB per step, so GainRaw / 100 is the gain in tenths of a dB.
+    EXPECT_EQ(c.setInteger("GainRaw", 99999), 24000);
+    EXPECT_NEAR(custom.currentSettings().gainDb, 24.0, 1e-9);
+    EXPECT_EQ(c.integerMax("AutoGainRawUpperLimit"), 240);
+}
+
+TEST_F(EmulatedCameraTest, NeutralCameraIsOffAndACalibratedOneIsOnTarget)
+{
+    for (const char* id : {"emu-cmed-0", "emu-custom-1"}) {
+        auto cam = smallCamera(id);
+        neutralise(*cam);
+        double exposure = 5000;
+        ChartFit::Chart c;
+        for (int i = 0; i < 3; ++i) {
+            setExposure(*cam, exposure);
+            c = ChartSampler::measure(grab(*cam), cam->sceneGeometry());
+            exposure *= 150.0 / std::max({c(19, 0), c(19, 1), c(19, 2)});
+        }
+        const double neutral = ChartFit::meanDeltaE(c);
+        EXPECT_GE(neutral, 8.0) << id;
+        EXPECT_LE(neutral, 20.0) << id;
+
+        // Write the fitted correction the way a calibration does: balance,
+        // off-diagonals, then each diagonal from the read-back, then hue/saturation.
+        const ChartFit fit = ChartFit::fit(c);
+        auto& m = cam->nodeMap();
+        const bool s2 = cam->model().generation == CameraModel::Generation::Sfnc2;
+        const char* rgb[3] = {"Red", "Green", "Blue"};
+        for (int k = 0; k < 3; ++k) {
+            m.setEnum("BalanceRatioSelector", rgb[k]);
+            m.setFloat(s2 ? "BalanceRatio" : "BalanceRatioAbs", fit.whiteBalance[k] * fit.digitalGain);
+        }
+        m.setEnum(s2 ? "LightSourceSelector" : "OstLightSourcePreset", s2 ? "Custom" : "Off");
+        for (int r = 0; r < 3; ++r) {
+            double sum = 0;
+            for (int col = 0; col < 3; ++col) {
+                if (col == r)
+                    continue;
+                m.setEnum("ColorTransformationValueSelector", "Gain" + std::to_string(r) + std::to_string(col));
+                sum += m.setFloat("ColorTransformationValue", fit.matrix(r, col));
+            }
+            m.setEnum("ColorTransformationValueSelector", "Gain" + std::to_string(r) + std::to_string(r));
+            m.setFloat("ColorTransformationValue", 1.0 - sum);
+        }
+        const char* colours[6] = {"Red", "Yellow", "Green", "Cyan", "Blue", "Magenta"};
+        for (int k = 0; k < 6; ++k) {
+            m.setEnum(s2 ? "ColorAdjustmentSelector" : "OstColorAdjustmentSelector", colours[k]);
+            m.setFloat(s2 ? "ColorAdjustmentHue" : "OstColorAdjustmentHue", fit.bc6x2[k]);
+            m.setFloat(s2 ? "ColorAdjustmentSaturation" : "OstColorAdjustmentSaturation", fit.bc6x2[k + 6]);
+        }
+        const double calibrated = ChartFit::meanDeltaE(ChartSampler::measure(grab(*cam), cam->sceneGeometry()));
+        EXPECT_LE(calibrated, 3.0) << id;
+        std::printf("%s: neutral mean dE2000 %.2f, calibrated in camera %.2f\n", id, neutral, calibrated);
+    }
+}
+
+TEST_F(EmulatedCameraTest, AutoExposureAndWhiteBalanceConverge)
+{
+    auto cam = smallCamera("emu-cmed-0");
+    neutralise(*cam);
+    auto& m = cam->nodeMap();
+    m.setFloat("ExposureTime", 500);
+    m.setEnum("PixelFormat", "Mono8");
+    m.setEnum("ExposureAuto", "Continuous");
+    m.setEnum("BalanceWhiteAuto", "Once");
+    Collector c;
+    cam->setFrameSink(c.sink());
+    cam->startAcquisition(EAcquisitionMode::Continuous);
+    ASSERT_TRUE(c.waitFor(25, 60));
+    cam->stopAcquisition();
+    EXPECT_GT(m.getFloat("ExposureTime"), 2000);
+    EXPECT_EQ(m.getEnum("BalanceWhiteAuto"), "Off");  // Once switches itself off
+    const auto& last = *c.results.back();
+    const auto* p = static_cast<const uint8_t*>(last.GetBuffer());
+    double sum = 0;
+    for (size_t i = 0; i < last.GetPayloadSize(); ++i)
+        sum += p[i];
+    const double mean = sum / last.GetPayloadSize() / 255.0;
+    EXPECT_NEAR(mean, m.getFloat("AutoTargetBrightness"), 0.06);
+    m.setEnum("BalanceRatioSelector", "Blue");
+    EXPECT_GT(m.getFloat("BalanceRatio"), 1.05);  // the warm scene light needed more blue
+}
+
+TEST_F(EmulatedCameraTest, UserSetsSurviveARestart)
+{
+    {
+        EmulatedCamera cam(modelNamed("emu-custom-1"));
+        auto& m = cam.nodeMap();
+        m.setFloat("Gamma", 0.55);
+        m.setEnum("UserSetSelector", "Default");
+        EXPECT_THROW(m.execute("UserSetSave"), GenICam_3_1_Ostrel_kalto::RuntimeException);
+        m.setEnum("UserSetSelector", "UserSet2");
+        m.execute("UserSetSave");
+        m.setEnum("UserSetDefault", "UserSet2");
+        EXPECT_TRUE(QFile::exists(cam.memoryPath()));
+        EXPECT_TRUE(cam.memoryPath().startsWith(m_dir.path()));
+    }
+    EmulatedCamera again(modelNamed("emu-custom-1"));
+    auto& m = again.nodeMap();
+    EXPECT_DOUBLE_EQ(m.getFloat("Gamma"), 0.55);
+    EXPECT_EQ(m.getEnum("UserSetDefault"), "UserSet2");
+    m.setEnum("UserSetSelector", "Default");
+    m.execute("UserSetLoad");
+    EXPECT_DOUBLE_EQ(m.getFloat("Gamma"), 0.7);
+    // Another camera keeps its own memory.
+    EmulatedCamera other(modelNamed("emu-cmed-0"));
+    EXPECT_DOUBLE_EQ(other.nodeMap().getFloat("Gamma"), 0.7);
+}
+
+TEST_F(EmulatedCameraTest, DisconnectAfterFramesStopsEverything)
+{
+    auto cam = smallCamera("emu-cmed-0");
+    std::atomic<int> lost{0};
+    cam->setConnectionLostHandler([&] { ++lost; });
+    cam->disconnectAfterFrames(3);
+    Collector c;
+    cam->setFrameSink(c.sink());
+    cam->startAcquisition(EAcquisitionMode::Continuous);
+    ASSERT_TRUE(c.waitFor(3));
+    for (int i = 0; i < 50 && cam->isConnected(); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_FALSE(cam->isConnected());
+    EXPECT_FALSE(cam->isAcquiring());
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    EXPECT_EQ(c.count(), 3u);
+    EXPECT_EQ(lost.load(), 1);
+    EXPECT_THROW(cam->startAcquisition(EAcquisitionMode::Continuous), GenICam_3_1_Ostrel_kalto::RuntimeException);
+    EXPECT_THROW(cam->open(), GenICam_3_1_Ostrel_kalto::RuntimeException);
+    EXPECT_FALSE(cam->nodeMap().isWritable("Gamma"));
+    EXPECT_THROW(cam->nodeMap().setFloat("Gamma", 1.0), GenICam_3_1_Ostrel_kalto::RuntimeException);
+    cam->close();
+}
+
+TEST_F(EmulatedCameraTest, DisconnectNowEndsAcquisitionAtOnce)
+{
+    auto cam = smallCamera("emu-custom-1");
+    Collector c;
+    cam->setFrameSink(c.sink());
+    cam->startAcquisition(EAcquisitionMode::Continuous);
+    ASSERT_TRUE(c.waitFor(1));
+    const auto t0 = std::chrono::steady_clock::now();
+    cam->disconnect();
+    EXPECT_LT(std::chrono::steady_clock::now() - t0, std::chrono::seconds(2));
+    const size_t n = c.count();
+    std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    EXPECT_EQ(c.count(), n);
+    EXPECT_FALSE(cam->isOpen());
+}
+
+TEST_F(EmulatedCameraTest, FailedAndSlowGrabs)
+{
+    auto cam = smallCamera("emu-cmed-0");
+    cam->failNextGrabs(2);
+    Collector c;
+    cam->setFrameSink(c.sink());
+    cam->startAcquisition(EAcquisitionMode::Continuous);
+    ASSERT_TRUE(c.waitFor(3));
+    cam->stopAcquisition();
+    EXPECT_FALSE(c.results[0]->GrabSucceeded());
+    EXPECT_FALSE(c.results[1]->GrabSucceeded());
+    EXPECT_FALSE(c.results[1]->GetErrorDescription().empty());
+    EXPECT_TRUE(c.results[2]->GrabSucceeded());
+
+    Collector slow;
+    cam->setExtraFrameDelayMs(250);
+    cam->setFrameSink(slow.sink());
+    cam->startAcquisition(EAcquisitionMode::Continuous);
+    ASSERT_TRUE(slow.waitFor(3));
+    cam->stopAcquisition();
+    EXPECT_GE(slow.times[2] - slow.times[1], std::chrono::milliseconds(240));
+}
+
+TEST_F(EmulatedCameraTest, FrameRateFollowsExposureAndStopFromSinkWorks)
+{
+    auto cam = smallCamera("emu-cmed-0");
+    auto& m = cam->nodeMap();
+    m.setEnum("ExposureAuto", "Off");
+    m.setFloat("ExposureTime", 100000);
+    EXPECT_NEAR(cam->frameRate(), 10.0, 1e-9);
+    EXPECT_NEAR(m.getFloat("ResultingFrameRate"), 10.0, 1e-9);
+    Collector c;
+    cam->setFrameSink(c.sink());
+    cam->startAcquisition(EAcquisitionMode::Continuous);
+    ASSERT_TRUE(c.waitFor(3));
+    cam->stopAcquisition();
+    EXPECT_GE(c.times[2] - c.times[1], std::chrono::milliseconds(90));
+
+    std::atomic<int> delivered{0};
+    cam->setFrameSink([&](const CGrabResultPtr&) {
+        ++delivered;
+        cam->stopAcquisition();
+    });
+    m.setFloat("ExposureTime", 1000);
+    cam->startAcquisition(EAcquisitionMode::Continuous);
+    for (int i = 0; i < 100 && cam->isAcquiring(); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    EXPECT_EQ(delivered.load(), 1);
+    cam->stopAcquisition();
+}
+
+class PersistenceRoundTrip : public EmulatedCameraTest, public ::testing::WithParamInterface<const char*> {};
+
+TEST_P(PersistenceRoundTrip, SaveLoadSaveIsStable)
+{
+    EmulatedCamera cam(modelNamed(GetParam()));
+    auto& m = cam.nodeMap();
+    m.setEnum("ExposureAuto", "Off");
+    m.setEnum("BalanceWhiteAuto", "Off");
+    m.setFloat("Gamma", 0.45);
+    m.setEnum("ColorTransformationValueSelector", "Gain12");
+    m.setFloat("ColorTransformationValue", -0.3);
+    m.setInteger("LUTIndex", 100);
+    m.setInteger("LUTValue", 7);
+    const std::string text = Kalto::CFeaturePersistence::Save(m);
+    EXPECT_NE(text.find("LUTValueAll\t"), std::string::npos);
+
+    EmulatedCamera fresh(modelNamed(GetParam()));
+    const auto report = Kalto::CFeaturePersistence::Load(fresh.nodeMap(), text);
+    for (const auto& r : report.rejected)
+        ADD_FAILURE() << "line " << r.lineNumber << " " << r.feature << ": " << r.reason;
+    EXPECT_EQ(Kalto::CFeaturePersistence::Save(fresh.nodeMap()), text);
+    fresh.nodeMap().setInteger("LUTIndex", 100);
+    EXPECT_EQ(fresh.nodeMap().getInteger("LUTValue"), 7);
+    fresh.nodeMap().setEnum("ColorTransformationValueSelector", "Gain12");
+    EXPECT_DOUBLE_EQ(fresh.nodeMap().getFloat("ColorTransformationValue"), m.getFloat("ColorTransformationValue"));
+}
+
+INSTANTIATE_TEST_SUITE_P(BothGenerations, PersistenceRoundTrip, ::testing::Values("emu-cmed-0", "emu-custom-1"));
+
+TEST_F(EmulatedCameraTest, TransportLayerOffersThreeCameras)
+{
+    EmulatorTransportLayer layer;
+    const auto infos = layer.enumerateDevices();
+    ASSERT_EQ(infos.size(), 3u);
+    for (const auto& i : infos)
+        EXPECT_EQ(i.transportLayer, "Emulator");
+    const auto a = layer.createDevice("emu-custom-1");
+    ASSERT_TRUE(a);
+    EXPECT_EQ(a, layer.createDevice("emu-custom-1"));
+    EXPECT_EQ(a->info().modelName, infos[1].modelName);
+    EXPECT_FALSE(layer.createDevice("no-such-camera"));
+}
+
+}  // namespace

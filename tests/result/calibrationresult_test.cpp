@@ -1,0 +1,232 @@
+#include "calibrationresult.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+namespace {
+
+const char* kSettings =
+    "# {05D8C294-F295-4dfb-9D01-096BD04049F4}\n"
+    "# Version\t3.1.0\n"
+    "Width\t1920\n"
+    "PixelFormat\tBayerRG12\n"
+    "BlackLevelSelector\tAll\n"
+    "BlackLevel\t4\n"
+    "OstContrastMode\tSCurve\n"
+    "OstHue\t3\n"
+    "BalanceRatioSelector\tRed\n"
+    "BalanceRatio\t1.5\n"
+    "BalanceRatioSelector\tGreen\n"
+    "BalanceRatio\t1\n"
+    "BalanceRatioSelector\tBlue\n"
+    "BalanceRatio\t2.25\n"
+    "ColorTransformationValueSelector\tGain00\n"
+    "ColorTransformationValue\t1.25\n"
+    "ColorAdjustmentSelector\tCyan\n"
+    "ColorAdjustmentHue\t-0.5\n"
+    "ColorAdjustmentSaturation\t1.125\n"
+    "Gamma\t0.45\n"
+    "ExposureTime\t10000\n";
+
+// Lets a test make one named file fail to write.
+class FailingResult : public CalibrationResult {
+public:
+    FailingResult(const QString& label, const QString& failing) : CalibrationResult(label), m_failing(failing) {}
+    QStringList written;
+
+protected:
+    bool CreateTextFile(QString folder, QString fileName, QString& text) override
+    {
+        if (fileName == m_failing)
+            return false;
+        written << fileName;
+        return CalibrationResult::CreateTextFile(folder, fileName, text);
+    }
+    bool CreateImageFile(QString folder, QString fileName, const QImage& image) override
+    {
+        written << fileName;
+        return CalibrationResult::CreateImageFile(folder, fileName, image);
+    }
+
+private:
+    QString m_failing;
+};
+
+QImage testImage()
+{
+    QImage img(32, 24, QImage::Format_RGB32);
+    img.fill(QColor(120, 80, 40));
+    return img;
+}
+
+QStringList subfolders(const QString& base)
+{
+    return QDir(base).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+}
+
+TEST(CalibrationResult, FilterKeepsColourFeaturesAndComments)
+{
+    CalibrationResult r("cam");
+    QString text = kSettings;
+    const QString filtered = r.FilterSettings(text);
+    EXPECT_FALSE(filtered.contains("Width"));
+    EXPECT_FALSE(filtered.contains("ExposureTime"));
+    EXPECT_TRUE(filtered.contains("OstContrastMode\tSCurve"));  // substring of a listed name
+    EXPECT_TRUE(filtered.startsWith("# {05D8C294"));
+    EXPECT_FALSE(filtered.endsWith("\n"));
+    QString comments = "# a\n\n# b\n";
+    EXPECT_EQ(r.FilterSettings(comments), "# a\n# b");
+}
+
+TEST(CalibrationResult, ParserFollowsSelectors)
+{
+    CalibrationResult r("cam");
+    QString text = kSettings;
+    const QJsonObject b = r.ParseSettings(text);
+    EXPECT_EQ(b["BlackLevel"].toString(), "4");
+    EXPECT_EQ(b["Gamma"].toString(), "0.45");
+    EXPECT_EQ(b["HSBC"].toObject()["Hue"].toString(), "3");
+    EXPECT_TRUE(b["HSBC"].toObject()["Contrast"].isNull());
+    EXPECT_EQ(b["WhiteBalance"].toObject()["Blue"].toString(), "2.25");
+    EXPECT_EQ(b["Matrix"].toObject()["Gain00"].toString(), "1.25");
+    EXPECT_TRUE(b["Matrix"].toObject()["Gain11"].isNull());
+    EXPECT_EQ(b["BC6x2"].toObject()["Hue"].toObject()["Cyan"].toString(), "-0.5");
+    EXPECT_EQ(b["BC6x2"].toObject()["Saturation"].toObject()["Cyan"].toString(), "1.125");
+    EXPECT_TRUE(b["BC6x2"].toObject()["Hue"].toObject()["Red"].isNull());
+
+    QString green = "BalanceRatioSelector\tGreen\nBalanceRatio\t1.25\n";
+    const QJsonObject wb = r.ParseSettings(green)["WhiteBalance"].toObject();
+    EXPECT_EQ(wb["Green"].toString(), "1.25");
+    EXPECT_TRUE(wb["Red"].isNull());
+    EXPECT_TRUE(wb["Blue"].isNull());
+
+    QString odd = "BalanceRatio\t3\nBalanceRatioSelector\tRed\nBalanceRatioRaw\t64\nBalanceRatio\t1.5\n"
+                  "ColorAdjustmentSelector\tOrange\nColorAdjustmentHue\t1\nGammaWithoutTab\n";
+    const QJsonObject o = r.ParseSettings(odd);
+    EXPECT_EQ(o["WhiteBalance"].toObject()[""].toString(), "3");  // value before any selector
+    EXPECT_EQ(o["WhiteBalance"].toObject()["Red"].toString(), "1.5");  // the later line wins
+    EXPECT_EQ(o["BC6x2"].toObject()["Hue"].toObject()["Orange"].toString(), "1");
+    EXPECT_TRUE(o["Gamma"].isNull());
+}
+
+TEST(CalibrationResult, ResultsDocumentHasBothBranches)
+{
+    CalibrationResult r("cam");
+    QString before = kSettings, after = "Gamma\t1\n";
+    r.SetStoredSettings(before);
+    r.SetActualSettings(after);
+    const QJsonObject doc = r.GetResultsJson();
+    EXPECT_EQ(doc.keys(), (QStringList{"Calibrated", "Original"}));
+    EXPECT_EQ(doc["Original"].toObject()["Gamma"].toString(), "0.45");
+    EXPECT_EQ(doc["Calibrated"].toObject()["Gamma"].toString(), "1");
+}
+
+TEST(CalibrationResult, TitlesAndColourTexts)
+{
+    CalibrationResult r("cam");
+    EXPECT_EQ(r.BeautifyRowTitle("Calibrated"), "Current");
+    EXPECT_EQ(r.BeautifyRowTitle("DeltaE"), "Delta E");
+    EXPECT_EQ(r.BeautifyRowTitle("Hue"), "");
+    EXPECT_EQ(r.ConvertHexToRgb("#FF8000"), "R: 255 G: 128 B: 0");
+    EXPECT_EQ(r.ConvertHexToRgb("0a0b0c"), "R: 10 G: 11 B: 12");
+    EXPECT_EQ(r.ConvertHexToRgb("#xyz"), "R: 0 G: 0 B: 0");
+    const QJsonObject in{{"Colors", QJsonObject{{"Patch01", QJsonObject{{"Initial", "#ffffff"}, {"DeltaE", "1.2345"}}}}}};
+    const QJsonObject out = r.ConvertColorJsonObjectToRGB(in);
+    const QJsonObject p = out["Colors"].toObject()["Patch01"].toObject();
+    EXPECT_EQ(p["Initial"].toString(), "R: 255 G: 255 B: 255");
+    EXPECT_EQ(p["DeltaE"].toString(), "1.2345");
+}
+
+TEST(CalibrationResult, SettingsFolderNameAndSeparator)
+{
+    QTemporaryDir dir;
+    for (const QString& base : {dir.path(), dir.path() + "/"}) {
+        CalibrationResult r("acA1920 (22001234)");
+        QString text = kSettings;
+        r.SetActualSettings(text);
+        ASSERT_TRUE(r.SaveSettingsToFilePath(base + "nested"));
+    }
+    const QStringList folders = subfolders(dir.filePath("nested"));
+    ASSERT_GE(folders.size(), 1);
+    const QRegularExpression name("^Camera_Settings_Ostrel_acA1920__22001234__\\d{8}_\\d{6}$");
+    for (const QString& f : folders) {
+        EXPECT_TRUE(name.match(f).hasMatch()) << f.toStdString();
+        EXPECT_TRUE(QFile::exists(dir.filePath("nested/" + f + "/Calibrated.pfs")));
+    }
+}
+
+TEST(CalibrationResult, ReportWritesEveryFileInOrder)
+{
+    QTemporaryDir dir;
+    FailingResult r("cam", QString());
+    QString before = kSettings, after = "Gamma\t1\n";
+    r.SetStoredSettings(before);
+    r.SetActualSettings(after);
+    QJsonObject results = r.GetResultsJson();
+    QJsonObject precise;
+    for (int i = 1; i <= 24; ++i)
+        precise.insert(QString("Patch%1").arg(i, 2, 10, QChar('0')),
+                       QJsonObject{{"Initial", "R: 0.1000 G: 0.2000 B: 0.3000"}, {"Target", "#ff8000"},
+                                   {"Current", "R: 0.5 G: 0.5 B: 0.5"}, {"DeltaE", "1.000000"}, {"DeltaC", "0.500000"}});
+    results.insert("PreciseColors", precise);
+    ASSERT_TRUE(r.SaveSummaryToFilePath(dir.path(), testImage(), testImage(), results));
+    EXPECT_EQ(r.written, (QStringList{"calibrated.pfs", "original.pfs", "calibration_report.html", "calibrated.png",
+                                      "original.png"}));
+    const QStringList folders = subfolders(dir.path());
+    ASSERT_EQ(folders.size(), 1);
+    EXPECT_TRUE(folders[0].startsWith("Calibration_Report_cam_"));
+    QFile html(dir.filePath(folders[0] + "/calibration_report.html"));
+    ASSERT_TRUE(html.open(QIODevice::ReadOnly));
+    const QString page = QString::fromUtf8(html.readAll());
+    EXPECT_TRUE(page.startsWith("<!DOCTYPE html><html>"));
+    EXPECT_TRUE(page.contains("border-collapse"));  // the style sheet is inlined
+    EXPECT_TRUE(page.contains("data:image/png;base64,iVBOR"));  // the logo is embedded
+    int last = -1;
+    for (const char* title : {"Colors", "Black Level", "White Balance", "Color Transformation", "Color Adjustment Hue",
+                              "Color Adjustment Saturation", "Gamma", "Hue, Saturation, Brightness, Contrast", "LUT"}) {
+        const int at = page.indexOf(QString("<h2>%1</h2>").arg(title));
+        EXPECT_GT(at, last) << title;
+        last = at;
+    }
+    EXPECT_TRUE(page.contains("<td>Current</td>"));
+    EXPECT_TRUE(page.contains("R: 255 G: 128 B: 0"));  // target hex colour as text
+    EXPECT_TRUE(page.endsWith("</body></html>"));
+}
+
+TEST(CalibrationResult, FailureAtOriginalSettingsStopsTheReport)
+{
+    QTemporaryDir dir;
+    FailingResult r("cam", "original.pfs");
+    EXPECT_FALSE(r.SaveSummaryToFilePath(dir.path(), testImage(), testImage(), QJsonObject()));
+    EXPECT_EQ(r.written, QStringList{"calibrated.pfs"});
+    const QStringList folders = subfolders(dir.path());
+    ASSERT_EQ(folders.size(), 1);
+    EXPECT_EQ(QDir(dir.filePath(folders[0])).entryList(QDir::Files), QStringList{"calibrated.pfs"});
+}
+
+TEST(CalibrationResult, HostileCameraLabelStaysInFolderAndOutOfMarkup)
+{
+    QTemporaryDir dir;
+    const QString label = "../../x/<script>alert(\"1\")</script>'";
+    CalibrationResult r(label);
+    QString text = kSettings;
+    r.SetStoredSettings(text);
+    r.SetActualSettings(text);
+    ASSERT_TRUE(r.SaveSummaryToFilePath(dir.filePath("out"), testImage(), testImage(), r.GetResultsJson()));
+    const QStringList folders = subfolders(dir.filePath("out"));
+    ASSERT_EQ(folders.size(), 1);
+    EXPECT_FALSE(folders[0].contains(".."));
+    EXPECT_EQ(subfolders(dir.path()), QStringList{"out"});
+    QFile html(dir.filePath("out/" + folders[0] + "/calibration_report.html"));
+    ASSERT_TRUE(html.open(QIODevice::ReadOnly));
+    const QString page = QString::fromUtf8(html.readAll());
+    EXPECT_FALSE(page.contains("<script>"));
+    EXPECT_TRUE(page.contains("&lt;script&gt;alert(&quot;1&quot;)"));
+}
+
+}  // namespace

@@ -1,0 +1,216 @@
+#include "camerapool/camerapool.h"
+#include "camerapool/icameracontrolservice.h"
+#include "camerapool/icameraenumerationservice.h"
+#include "camerapool/icamerastatusservice.h"
+#include "camerapool/icamerastreamcontrolservice.h"
+#include "camerapool/ideviceparameterservice.h"
+#include "camerapool/idevicestatusservice.h"
+#include "core/baseexception.h"
+#include "fakedevice.h"
+#include "kalto/transportlayerregistry.h"
+#include "parametercollection/floatparameter.h"
+#include "parametercollection/iparametercollection.h"
+#include "qtapp.h"
+
+#include <QElapsedTimer>
+#include <QSignalSpy>
+#include <QTest>
+#include <gtest/gtest.h>
+
+using namespace Plugin::CameraPool;
+
+namespace {
+
+template <class T>
+T* service(const CameraPool& pool)
+{
+    for (const auto& s : pool.services())
+        if (auto* t = qobject_cast<T*>(s.data()))
+            return t;
+    return nullptr;
+}
+
+class Pool : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ensureQtApp();
+        layer = std::make_shared<FakeLayer>();
+        layer->devices.push_back(std::make_shared<FakeDevice>("cam1"));
+        layer->devices.push_back(std::make_shared<FakeDevice>("old", 1));
+        registry.add(layer);
+        pool = std::make_unique<CameraPool>(registry);
+        control = service<ICameraControlService>(*pool);
+        status = service<ICameraStatusService>(*pool);
+        enumeration = service<ICameraEnumerationService>(*pool);
+        stream = service<ICameraStreamControlService>(*pool);
+        parameters = service<IDeviceParameterService>(*pool);
+        deviceStatus = service<IDeviceStatusService>(*pool);
+        ASSERT_TRUE(control && status && enumeration && stream && parameters && deviceStatus);
+        info = enumeration->cameraInfo("cam1");
+        ASSERT_TRUE(info);
+    }
+
+    Kalto::CTransportLayerRegistry registry;
+    std::shared_ptr<FakeLayer> layer;
+    std::unique_ptr<CameraPool> pool;
+    ICameraControlService* control = nullptr;
+    ICameraStatusService* status = nullptr;
+    ICameraEnumerationService* enumeration = nullptr;
+    ICameraStreamControlService* stream = nullptr;
+    IDeviceParameterService* parameters = nullptr;
+    IDeviceStatusService* deviceStatus = nullptr;
+    QSharedPointer<ICameraInfo> info;
+};
+
+TEST_F(Pool, EnumeratesLayersAndCameraInfo)
+{
+    EXPECT_EQ(enumeration->transportLayers(), QStringList{"Fake"});
+    const auto cams = enumeration->cameras("Fake");
+    ASSERT_EQ(cams.size(), 2);
+    EXPECT_EQ(cams[0], info);  // one info object per device
+    EXPECT_EQ(info->modelName(), "Fake cam1");
+    EXPECT_EQ(info->serialNumber(), "Scam1");
+    EXPECT_EQ(info->displayText(), "Fake cam1 (Scam1)");
+    EXPECT_TRUE(info->identifyingText().contains("Fake cam1"));
+    EXPECT_EQ(info->sfncVersion(), QVersionNumber(2, 1, 0));
+    EXPECT_EQ(cams[1]->sfncVersion(), QVersionNumber(1, 1, 0));
+    EXPECT_FALSE(enumeration->cameraInfo("nope"));
+    EXPECT_EQ(enumeration->allCameras().size(), 2);
+}
+
+TEST_F(Pool, ExclusiveAccessIsCountedAndRefused)
+{
+    QSignalSpy opened(deviceStatus, &IDeviceStatusService::deviceOpened);
+    EXPECT_TRUE(status->canGetExclusiveAccess(info));
+    auto cam = control->openCameraExclusive(info);
+    ASSERT_TRUE(cam);
+    EXPECT_TRUE(cam->isOpen());
+    EXPECT_EQ(opened.count(), 1);
+    EXPECT_TRUE(deviceStatus->isDeviceOpen("cam1"));
+    EXPECT_FALSE(status->canGetExclusiveAccess(info));
+    EXPECT_FALSE(control->openCamera(info));
+    EXPECT_TRUE(info->errorDescription().contains("in use"));
+    EXPECT_TRUE(control->releaseCamera(cam));
+    EXPECT_FALSE(cam->isOpen());
+    EXPECT_FALSE(control->closeCamera(info));  // nothing left to close
+
+    auto a = control->openCamera(info);
+    auto b = control->openCamera(info);
+    ASSERT_TRUE(a && b);
+    EXPECT_EQ(a, b);
+    EXPECT_FALSE(control->openCameraExclusive(info));
+    EXPECT_TRUE(control->closeCamera(info));
+    EXPECT_TRUE(a->isOpen());  // one holder left
+    EXPECT_TRUE(control->closeCamera(info));
+    EXPECT_FALSE(a->isOpen());
+}
+
+TEST_F(Pool, ContinuousAcquisitionDeliversOnTheDeviceThreadAndStops)
+{
+    auto cam = control->openCamera(info);
+    QSignalSpy frames(cam.data(), &ICamera::cameraImageGrabbed);
+    cam->startGrabbing();
+    EXPECT_TRUE(cam->isGrabbing());
+    EXPECT_TRUE(stream->isCameraInUse(info));
+    while (frames.count() < 3)
+        ASSERT_TRUE(frames.wait(2000));
+    const auto result = frames.at(0).at(0).value<Kalto::CGrabResultPtr>();
+    ASSERT_TRUE(result.IsValid());
+    EXPECT_TRUE(result->GrabSucceeded());
+    EXPECT_EQ(result->GetWidth(), 8u);
+    stream->stopAll();
+    EXPECT_FALSE(cam->isGrabbing());
+    EXPECT_FALSE(stream->isCameraInUse(info));
+    control->closeCamera(info);
+}
+
+TEST_F(Pool, SingleGrabDeliversOneFrame)
+{
+    auto cam = control->openCamera(info);
+    QSignalSpy frames(cam.data(), &ICamera::cameraImageGrabbed);
+    cam->grabOne(1000);
+    ASSERT_TRUE(frames.wait(2000));
+    QTest::qWait(30);
+    EXPECT_EQ(frames.count(), 1);
+    EXPECT_FALSE(cam->isGrabbing());
+    EXPECT_FALSE(stream->isCameraInUse(info));
+    control->closeCamera(info);
+}
+
+TEST_F(Pool, SingleGrabThatNeverDeliversIsAbandonedAfterItsTimeout)
+{
+    layer->devices[0]->silent = true;
+    auto cam = control->openCamera(info);
+    cam->grabOne(50);
+    EXPECT_TRUE(cam->isGrabbing());
+    QTest::qWait(80);
+    EXPECT_FALSE(cam->isGrabbing());
+    control->closeCamera(info);
+}
+
+TEST_F(Pool, DisconnectFailsEveryCallAtOnceNamingTheCamera)
+{
+    auto cam = control->openCameraExclusive(info);
+    QSignalSpy camLost(cam.data(), &ICamera::cameraConnectionLost);
+    QSignalSpy poolLost(status, &ICameraStatusService::cameraConnectionLost);
+    cam->startGrabbing();
+    layer->devices[0]->unplug();
+    EXPECT_EQ(camLost.count(), 1);
+    ASSERT_EQ(poolLost.count(), 1);
+    EXPECT_EQ(poolLost.at(0).at(0).toString(), "cam1");
+    EXPECT_FALSE(cam->isOpen());
+    EXPECT_FALSE(cam->isGrabbing());
+    QElapsedTimer t;
+    t.start();
+    for (auto call : std::vector<std::function<void()>>{
+             [&] { cam->startGrabbing(); }, [&] { cam->grabOne(5000); },
+             [&] { cam->stopGrabbing(); }, [&] { cam->saveSettings(); },
+             [&] { cam->loadSettings("Gain\t1"); }, [&] { cam->parameterCollection(); }}) {
+        try {
+            call();
+            ADD_FAILURE() << "call on a lost camera did not fail";
+        } catch (const Core::Exception::BaseException& e) {
+            EXPECT_TRUE(e.message().contains("Fake cam1")) << e.message().toStdString();
+            EXPECT_TRUE(e.message().contains("disconnected"));
+        }
+    }
+    EXPECT_LT(t.elapsed(), 500);
+    EXPECT_FALSE(parameters->parameterCollection(info));
+    EXPECT_FALSE(status->canGetExclusiveAccess(info));
+    EXPECT_FALSE(control->openCamera(info));
+    EXPECT_TRUE(control->releaseCamera(cam));
+    stream->stopAll();  // skips the lost camera without throwing
+}
+
+TEST_F(Pool, ServicesOutlivingThePoolFailSoftly)
+{
+    const auto services = pool->services();
+    pool.reset();
+    EXPECT_FALSE(control->openCamera(info));
+    EXPECT_TRUE(enumeration->allCameras().isEmpty());
+    EXPECT_FALSE(status->canGetExclusiveAccess(info));
+    stream->stopAll();
+    EXPECT_FALSE(deviceStatus->isDeviceOpen("cam1"));
+}
+
+TEST_F(Pool, ParametersAndSettingsTextOfACamera)
+{
+    auto params = parameters->parameterCollection(info);
+    ASSERT_TRUE(params);
+    EXPECT_EQ(params->sfncVersion(), QVersionNumber(2, 1, 0));
+    auto cam = control->openCamera(info);
+    params->parameter(ParameterCollection::FloatParameterName("Gain"))->setValue(6);
+    const QString saved = cam->saveSettings();
+    EXPECT_TRUE(saved.contains("Gain\t6"));
+    QStringList rejected;
+    EXPECT_FALSE(cam->loadSettings("Gain\t3\nHue\t1\nExposureTime\tx\n", &rejected));
+    EXPECT_EQ(rejected, (QStringList{"line 2: Hue: unknown feature",
+                                     "line 3: ExposureTime: not a number"}));
+    EXPECT_DOUBLE_EQ(params->parameter(ParameterCollection::FloatParameterName("Gain"))->value(), 3);
+    EXPECT_TRUE(cam->loadSettings(saved));
+    EXPECT_EQ(cam->saveSettings(), saved);
+    control->closeCamera(info);
+}
+
+}  // namespace
