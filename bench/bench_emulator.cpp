@@ -65,5 +65,3 @@ BENCHMARK(BM_Frame1920x1200_RGB8_Bilinear)->Unit(benchmark::kMillisecond)->UseRe
 BENCHMARK(BM_Frame1920x1200_BayerRG8)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_Frame1920x1200_BayerRG12)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_Frame1920x1200_Mono8)->Unit(benchmark::kMillisecond)->UseRealTime();
-
-BENCHMARK_MAIN();

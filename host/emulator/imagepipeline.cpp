@@ -75,59 +75,65 @@ struct ColorStage {
     bool hsbc;
     bool mono;
 
-    // The six-colour operator with the channel order looked up instead of
-    // branched on: noisy pixels change sector often, and mispredicted
-    // branches would cost more than the arithmetic. Same tests, same result
-    // as ColorAdjustment::apply.
-    inline void adjustColour(float rgb[3]) const
+    // The colour stages for a row held as three planes (overwritten), in
+    // passes that the compiler can vectorise; results go to `out` as R G B every `step` floats.
+    void runRow(float* __restrict R, float* __restrict G, float* __restrict B, int n, float* out, int step) const
     {
-        // code: which channel is smallest (0 R, 1 G, 2 B) and whether the
-        // first candidate of the other two is the largest.
-        static const int8_t kOrder[6][6] = {
-            // hi, mid, lo, i1, i2, sigma
-            {1, 2, 0, 2, 3, 1},   // R smallest, G largest
-            {2, 1, 0, 4, 3, -1},  // R smallest, B largest
-            {2, 0, 1, 4, 5, 1},   // G smallest, B largest
-            {0, 2, 1, 0, 5, -1},  // G smallest, R largest
-            {0, 1, 2, 0, 1, 1},   // B smallest, R largest
-            {1, 0, 2, 2, 1, -1},  // B smallest, G largest
-        };
-        const float r = rgb[0], g = rgb[1], b = rgb[2];
-        const bool rLow = (b >= r) & (g > r);
-        const bool gLow = !rLow & (r >= g) & (b > g);
-        const int lo = rLow ? 0 : (gLow ? 1 : 2);
-        const bool second = lo == 0 ? (b >= g) : (lo == 1 ? !(r >= b) : (g >= r));
-        const int8_t* o = kOrder[2 * lo + (second ? 1 : 0)];
-        const float mx = rgb[o[0]], md = rgb[o[1]], mn = rgb[o[2]];
-        const float sg = static_cast<float>(o[5]);
-        const float h1 = sg * p[o[3]], s1 = p[o[3] + 6], h2 = sg * p[o[4]], s2 = p[o[4] + 6];
-        const float d1 = mx - md, d2 = md - mn;
-        const float nHi = mx + h2 * d2;
-        const float nMid = mx - (h1 + s1) * d1 - h2 * d2;
-        const float nLo = mx - (s1 - h1) * d1 - s2 * d2;
-        rgb[o[0]] = nHi;
-        rgb[o[1]] = nMid;
-        rgb[o[2]] = nLo;
-    }
-
-    // Colour of one pixel from its demosaiced values to `out` (before the tone curve).
-    inline void run(float r0, float g0, float b0, float* out) const
-    {
-        float v[3] = {m[0] * r0 + m[1] * g0 + m[2] * b0, m[3] * r0 + m[4] * g0 + m[5] * b0,
-                      m[6] * r0 + m[7] * g0 + m[8] * b0};
-        if (adjust)
-            adjustColour(v);
-        float r = v[0], g = v[1], b = v[2];
+        for (int i = 0; i < n; ++i) {
+            const float r = R[i], g = G[i], b = B[i];
+            R[i] = m[0] * r + m[1] * g + m[2] * b;
+            G[i] = m[3] * r + m[4] * g + m[5] * b;
+            B[i] = m[6] * r + m[7] * g + m[8] * b;
+        }
+        if (adjust) {
+            // The six-colour operator written with selects instead of branches
+            // or indexing: noisy pixels change sector often, and the loop can
+            // vectorise. Same tests and results as ColorAdjustment::apply.
+            for (int i = 0; i < n; ++i) {
+                const float r = R[i], g = G[i], b = B[i];
+                const bool rLow = (b >= r) & (g > r);
+                const bool gLow = !rLow & (r >= g) & (b > g);
+                const bool bLow = !rLow & !gLow;
+                const bool rHi = (gLow & (r >= b)) | (bLow & !(g >= r));
+                const bool gHi = (rLow & !(b >= g)) | (bLow & (g >= r));
+                const bool bHi = !rHi & !gHi;
+                const float mx = rHi ? r : (gHi ? g : b);
+                const float mn = rLow ? r : (gLow ? g : b);
+                const float md = r + g + b - mx - mn;
+                // Primary of the largest channel, secondary opposite the smallest.
+                const float hue1 = rHi ? p[0] : (gHi ? p[2] : p[4]);
+                const float sat1 = rHi ? p[6] : (gHi ? p[8] : p[10]);
+                const float hue2 = bLow ? p[1] : (rLow ? p[3] : p[5]);
+                const float sat2 = bLow ? p[7] : (rLow ? p[9] : p[11]);
+                // +1 for largest/middle R/G, G/B, B/R.
+                const bool plus = (rHi & bLow) | (gHi & rLow) | (bHi & gLow);
+                const float sg = plus ? 1.0f : -1.0f;
+                const float h1 = sg * hue1, h2 = sg * hue2;
+                const float d1 = mx - md, d2 = md - mn;
+                const float nHi = mx + h2 * d2;
+                const float nMid = mx - (h1 + sat1) * d1 - h2 * d2;
+                const float nLo = mx - (sat1 - h1) * d1 - sat2 * d2;
+                R[i] = rHi ? nHi : (rLow ? nLo : nMid);
+                G[i] = gHi ? nHi : (gLow ? nLo : nMid);
+                B[i] = bHi ? nHi : (bLow ? nLo : nMid);
+            }
+        }
         if (hsbc) {
-            r = h[0] * v[0] + h[1] * v[1] + h[2] * v[2];
-            g = h[3] * v[0] + h[4] * v[1] + h[5] * v[2];
-            b = h[6] * v[0] + h[7] * v[1] + h[8] * v[2];
+            for (int i = 0; i < n; ++i) {
+                const float r = R[i], g = G[i], b = B[i];
+                R[i] = h[0] * r + h[1] * g + h[2] * b;
+                G[i] = h[3] * r + h[4] * g + h[5] * b;
+                B[i] = h[6] * r + h[7] * g + h[8] * b;
+            }
         }
         if (mono)
-            r = g = b = 0.2126f * r + 0.7152f * g + 0.0722f * b;
-        out[0] = r;
-        out[1] = g;
-        out[2] = b;
+            for (int i = 0; i < n; ++i)
+                R[i] = G[i] = B[i] = 0.2126f * R[i] + 0.7152f * G[i] + 0.0722f * B[i];
+        for (int i = 0; i < n; ++i) {
+            out[step * i] = R[i];
+            out[step * i + 1] = G[i];
+            out[step * i + 2] = B[i];
+        }
     }
 };
 
@@ -278,7 +284,6 @@ void ImagePipeline::process(const RenderedScene& scene, const PipelineSettings& 
         const float v = static_cast<float>(raw[static_cast<size_t>(y) * stride + x]) - ped;
         return (v > 0.0f ? v * rescale : 0.0f) + black;
     };
-    auto balanced = [&](int x, int y) { return lin(x, y) * wb[SceneRenderer::channelAt(x, y)]; };
 
     if (stats) {
         // A sparse grid of 2x2 cells is plenty for exposure and balance control.
@@ -317,19 +322,14 @@ void ImagePipeline::process(const RenderedScene& scene, const PipelineSettings& 
     }
 
     uint8_t* dst = out.data.data();
-    if (Kalto::IsBayer(format)) {
+    // Raw Bayer output skips the colour pipeline; processed raw runs it and
+    // mosaics the result again (writeRow keeps each pixel's own channel).
+    if (Kalto::IsBayer(format) && !s.processedRaw) {
         const bool eight = Kalto::BitDepth(format) == 8;
-        if (s.processedRaw)
-            buildTone(s, eight ? 255 : kMaxDn);
         for (int y = 0; y < h; ++y) {
             for (int x = 0; x < w; ++x) {
-                int v;
-                if (s.processedRaw) {
-                    v = m_tone[toneIndex(balanced(x, y))];
-                } else {
-                    const float l = std::min(static_cast<float>(kMaxDn), lin(x, y));
-                    v = eight ? static_cast<int>(l) >> 4 : static_cast<int>(l);
-                }
+                const float l = std::min(static_cast<float>(kMaxDn), lin(x, y));
+                const int v = eight ? static_cast<int>(l) >> 4 : static_cast<int>(l);
                 const size_t i = static_cast<size_t>(y) * w + x;
                 if (eight) {
                     dst[i] = static_cast<uint8_t>(v);
@@ -370,16 +370,26 @@ void ImagePipeline::process(const RenderedScene& scene, const PipelineSettings& 
         }
     }
     m_row.resize(static_cast<size_t>(3) * w);
+    m_planes.resize(static_cast<size_t>(3) * w);
     float* row = m_row.data();
+    float* R = m_planes.data();
+    float* G = R + w;
+    float* B = G + w;
     const float* L = m_lin.data();
 
     if (s.demosaicing == Demosaicing::Simple) {
+        const int blocks = w / 2;
         for (int y = 0; y < h; y += 2) {
             const float* r0 = L + static_cast<size_t>(y) * w;
             const float* r1 = r0 + w;
-            for (int x = 0; x < w; x += 2) {
-                float* px = row + 3 * x;
-                cs.run(r0[x], 0.5f * (r0[x + 1] + r1[x]), r1[x + 1], px);
+            for (int i = 0; i < blocks; ++i) {
+                R[i] = r0[2 * i];
+                G[i] = 0.5f * (r0[2 * i + 1] + r1[2 * i]);
+                B[i] = r1[2 * i + 1];
+            }
+            cs.runRow(R, G, B, blocks, row, 6);
+            for (int i = 0; i < blocks; ++i) {
+                float* px = row + 6 * i;
                 px[3] = px[0];
                 px[4] = px[1];
                 px[5] = px[2];
@@ -400,17 +410,23 @@ void ImagePipeline::process(const RenderedScene& scene, const PipelineSettings& 
         // green (odd rows), the second on green or blue.
         for (int x = 0; x < w; x += 2) {
             const int xm = x == 0 ? 1 : x - 1, xp = x + 1, xpp = x + 2 >= w ? w - 2 : x + 2;
-            float* a = row + 3 * x;
             if (!blueRow) {
-                cs.run(mid[x], 0.25f * (mid[xm] + mid[xp] + up[x] + dn[x]),
-                       0.25f * (up[xm] + up[xp] + dn[xm] + dn[xp]), a);
-                cs.run(0.5f * (mid[x] + mid[xpp]), mid[xp], 0.5f * (up[xp] + dn[xp]), a + 3);
+                R[x] = mid[x];
+                G[x] = 0.25f * (mid[xm] + mid[xp] + up[x] + dn[x]);
+                B[x] = 0.25f * (up[xm] + up[xp] + dn[xm] + dn[xp]);
+                R[xp] = 0.5f * (mid[x] + mid[xpp]);
+                G[xp] = mid[xp];
+                B[xp] = 0.5f * (up[xp] + dn[xp]);
             } else {
-                cs.run(0.5f * (up[x] + dn[x]), mid[x], 0.5f * (mid[xm] + mid[xp]), a);
-                cs.run(0.25f * (up[x] + up[xpp] + dn[x] + dn[xpp]), 0.25f * (mid[x] + mid[xpp] + up[xp] + dn[xp]),
-                       mid[xp], a + 3);
+                R[x] = 0.5f * (up[x] + dn[x]);
+                G[x] = mid[x];
+                B[x] = 0.5f * (mid[xm] + mid[xp]);
+                R[xp] = 0.25f * (up[x] + up[xpp] + dn[x] + dn[xpp]);
+                G[xp] = 0.25f * (mid[x] + mid[xpp] + up[xp] + dn[xp]);
+                B[xp] = mid[xp];
             }
         }
+        cs.runRow(R, G, B, w, row, 3);
         writeRow(format, row, w, dst, y);
     }
 }
@@ -432,6 +448,22 @@ void ImagePipeline::writeRow(Kalto::EPixelType format, const float* row, int wid
             out[3 * x] = static_cast<uint8_t>(tone[toneIndex(row[3 * x + 2])]);
             out[3 * x + 1] = static_cast<uint8_t>(tone[toneIndex(row[3 * x + 1])]);
             out[3 * x + 2] = static_cast<uint8_t>(tone[toneIndex(row[3 * x])]);
+        }
+        break;
+    }
+    case Kalto::PixelType_BayerRG8:
+    case Kalto::PixelType_BayerRG12: {
+        // R G / G B: even rows alternate red and green, odd rows green and blue.
+        const int first = (y & 1) ? 1 : 0;
+        const bool eight = format == Kalto::PixelType_BayerRG8;
+        for (int x = 0; x < width; ++x) {
+            const uint16_t v = tone[toneIndex(row[3 * x + first + (x & 1)])];
+            if (eight) {
+                dst[base + x] = static_cast<uint8_t>(v);
+            } else {
+                dst[2 * (base + x)] = static_cast<uint8_t>(v & 0xff);
+                dst[2 * (base + x) + 1] = static_cast<uint8_t>(v >> 8);
+            }
         }
         break;
     }

@@ -92,7 +92,8 @@ private:
     std::vector<float> m_sigma;
     std::vector<uint16_t> m_tone;  ///< linear value x 4 -> output value
     std::vector<float> m_lin;      ///< balanced linear value per sensor pixel
-    std::vector<float> m_row;      ///< one demosaiced row, R G B per pixel
+    std::vector<float> m_row;      ///< one processed row, R G B per pixel
+    std::vector<float> m_planes;   ///< one demosaiced row as R, G and B planes
     int m_width = 0;
     int m_height = 0;
 };

@@ -63,7 +63,7 @@ TEST(ColcalCameraCli, GrabWritesADisplayFrame)
     EXPECT_EQ(image.size(), QSize(1920, 1200));
     // The chart's white patch is far brighter than its black body.
     const QJsonObject o = QJsonDocument::fromJson(r.out.toUtf8()).object();
-    EXPECT_EQ(o.value("pixelFormat").toString(), "RGB8");
+    EXPECT_EQ(o.value("pixelFormat").toString(), "BGR8");
     int darkest = 255, brightest = 0;
     for (int y = 0; y < image.height(); y += 40)
         for (int x = 0; x < image.width(); x += 40) {

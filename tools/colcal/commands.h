@@ -11,3 +11,4 @@ int runAnalyze(const QStringList& args);
 int runCameras(const QStringList& args);
 int runGrab(const QStringList& args);
 int runSettings(const QStringList& args);
+int runCalibrate(const QStringList& args);

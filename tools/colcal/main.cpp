@@ -18,6 +18,7 @@ struct Command {
 const std::map<QString, Command>& commands()
 {
     static const std::map<QString, Command> table = {
+        {"calibrate", {runCalibrate, "calibrate [--camera ID] [--grid x1 y1 ... x4 y4|--find-chart|--stored-grid] [--load-settings FILE] [--settings-dir DIR] [--report-dir DIR] [--user-set NAME [--set-default]] [--json]   the whole calibration of a camera"}},
         {"cameras", {runCameras, "cameras [--json]            the cameras of every backend and whether the calibration supports them"}},
         {"grab", {runGrab, "grab [--camera ID] --out FRAME.png [--json]   one frame as the camera delivers it, converted for display"}},
         {"settings", {runSettings, "settings save|load [--camera ID] FILE [--user-set NAME] [--json]   the camera's feature-persistence text"}},
@@ -42,6 +43,9 @@ void usage(FILE* to)
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
+    // The viewer's settings (the stored grid position per camera) are shared with it.
+    QCoreApplication::setOrganizationName("Ostrel");
+    QCoreApplication::setApplicationName("KaltoViewer");
     QStringList words = app.arguments().mid(1);
     if (words.isEmpty() || words.first() == "--help" || words.first() == "-h") {
         usage(words.isEmpty() ? stderr : stdout);
