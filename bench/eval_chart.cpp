@@ -65,6 +65,7 @@ struct RealPhoto {
 const RealPhoto kRealPhotos[] = {
     {"plantcv_chamber_rot90cw_target.png", {QPointF(244, 159), QPointF(244, 285), QPointF(160, 159), QPointF(160, 285)}},
     {"plantcv_chamber_rot90cw_source1.png", {QPointF(244, 156), QPointF(244, 282), QPointF(160, 156), QPointF(160, 282)}},
+    {"pedrodiamel_handheld_sunlight.jpg", {QPointF(236, 283), QPointF(532, 278), QPointF(232, 473), QPointF(532, 467)}},
 };
 
 }  // namespace

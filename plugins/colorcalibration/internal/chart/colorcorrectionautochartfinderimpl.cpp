@@ -36,6 +36,8 @@ constexpr float kMinChartScore = 0.6f;
 // Ratio variation below this counts as flat: keeps noise in uniform areas
 // from correlating after normalisation.
 constexpr float kMinRatioVariance = 0.004f;
+// How much the settled grid's colour match may fall below the searched one's.
+constexpr float kSettleSlack = 0.02f;
 
 // QColor::fromRgbF followed by an 8-bit read-back, without building a QColor.
 inline int toByte(float v)
@@ -377,50 +379,48 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::getInitialRegressionPatches(
     // The ladder's steps (a quarter in pitch, 15 degrees in angle, a third of
     // a pitch in position) leave the outer patches up to half a cell off. A
     // finer search around the winner, scored on all 24 patches, closes that gap.
-    const Ratios ratios{&rg, &bg};
-    QVector<int> all;
-    for (int k = 0; k < kPatches; ++k)
-        all << k;
-    auto chartCentres = [&](QPointF centre, double pitch, double angle) {
-        QVector<QPoint> out;
-        const double ca = std::cos(angle + kModelBaseAngle), sa = std::sin(angle + kModelBaseAngle);
-        for (int k = 0; k < kPatches; ++k) {
-            const double u = (k % kColumns - 2.5) * pitch, v = (k / kColumns - 1.5) * pitch;
-            out << QPoint(int(std::lround(centre.x() + ca * u - sa * v)), int(std::lround(centre.y() + sa * u + ca * v)));
-        }
-        return out;
-    };
     QPointF fineCentre = bestCentre;
     double finePitch = bestPitch, fineAngle = bestAngle;
-    float fineScore = chartScore(ratios, chartCentres(fineCentre, finePitch, fineAngle), all);
-    const double shift = std::max(1.0, bestPitch / 12.0);
-    float xr24[kPatches], xb24[kPatches];
-    for (double scale = 0.82; scale <= 1.181; scale += 0.03) {
-        for (double da = -9.0; da <= 9.01; da += 1.5) {
+    // Each patch is sampled at its centre and 0.3 pitch to either side along
+    // both chart axes: a placement scores high only when all five points of
+    // every patch stay on it, which pins the grid to well under a patch.
+    constexpr int kSpots = 5;
+    constexpr int kSamples = kPatches * kSpots;
+    float expectedRg[kSamples], expectedBg[kSamples], xr[kSamples], xb[kSamples];
+    for (int k = 0; k < kSamples; ++k) {
+        expectedRg[k] = ex.rg[k / kSpots];
+        expectedBg[k] = ex.bg[k / kSpots];
+    }
+    float fineScore = FLT_MIN;
+    const double spot[kSpots][2] = {{0, 0}, {-0.3, 0}, {0.3, 0}, {0, -0.3}, {0, 0.3}};
+    const double shift = std::max(1.0, bestPitch / 10.0);
+    for (double scale = 0.85; scale <= 1.151; scale += 0.0375) {
+        for (double da = -8.0; da <= 8.01; da += 2.0) {
             const double pitch = bestPitch * scale, angle = bestAngle + da * M_PI / 180.0;
             const double ca = std::cos(angle + kModelBaseAngle), sa = std::sin(angle + kModelBaseAngle);
-            QPointF offsets[kPatches];
-            for (int k = 0; k < kPatches; ++k) {
-                const double u = (k % kColumns - 2.5) * pitch, v = (k / kColumns - 1.5) * pitch;
+            QPointF offsets[kSamples];
+            for (int k = 0; k < kSamples; ++k) {
+                const double u = (k / kSpots % kColumns - 2.5 + spot[k % kSpots][0]) * pitch;
+                const double v = (k / kSpots / kColumns - 1.5 + spot[k % kSpots][1]) * pitch;
                 offsets[k] = QPointF(ca * u - sa * v, sa * u + ca * v);
             }
             for (int dy = -3; dy <= 3; ++dy) {
                 for (int dx = -3; dx <= 3; ++dx) {
                     const QPointF c = QPointF(bestCentre) + QPointF(dx, dy) * shift;
                     bool inside = true;
-                    for (int k = 0; k < kPatches && inside; ++k) {
+                    for (int k = 0; k < kSamples && inside; ++k) {
                         const int sx = int(std::lround(c.x() + offsets[k].x()));
                         const int sy = int(std::lround(c.y() + offsets[k].y()));
                         inside = sx >= 0 && sy >= 0 && sx < W && sy < H;
                         if (inside) {
-                            xr24[k] = rg(sx, sy);
-                            xb24[k] = bg(sx, sy);
+                            xr[k] = rg(sx, sy);
+                            xb[k] = bg(sx, sy);
                         }
                     }
                     if (!inside)
                         continue;
-                    const float score = 0.5f * (correlation(xr24, ex.rg.data(), kPatches) +
-                                                 correlation(xb24, ex.bg.data(), kPatches));
+                    const float score =
+                        0.5f * (correlation(xr, expectedRg, kSamples) + correlation(xb, expectedBg, kSamples));
                     if (score > fineScore) {
                         fineScore = score;
                         fineCentre = c;
@@ -591,9 +591,9 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::getAllPatchCenter(QImage ima
     // search's own placement did.
     const Ratios ratios{&rg, &bg};
     const GridFit searched = fit;
-    const GridFit settled = settle(fit, 5);
+    const GridFit settled = settle(fit, 3);
     if (settled.ok && chartScore(ratios, centresOf(settled, 0, 0), indices) >=
-                          chartScore(ratios, centresOf(searched, 0, 0), indices) - 0.02f)
+                          chartScore(ratios, centresOf(searched, 0, 0), indices) - kSettleSlack)
         fit = settled;
     // A start more than half a cell off lets the whole grid settle one cell
     // beside the chart, where it still sits on patches. The colours tell the
