@@ -24,6 +24,7 @@
 #include <QElapsedTimer>
 #include <QRegularExpression>
 #include <QTemporaryDir>
+#include <QThread>
 
 #include <cmath>
 #include <memory>
@@ -214,6 +215,30 @@ INSTANTIATE_TEST_SUITE_P(EmulatedCameras, SessionTest, ::testing::Values("emu-cm
                          [](const ::testing::TestParamInfo<const char*>& info) {
                              return std::string(info.param) == "emu-cmed-0" ? "Sfnc2" : "Sfnc1";
                          });
+
+TEST(Session, CancelDuringAutomaticBrightnessStopsTheLoopFirst)
+{
+    SessionRig rig("emu-cmed-0");
+    ASSERT_TRUE(rig.model.Open(rig.info));
+    QImage live;
+    rig.model.GrabImage(live, true);
+    rig.model.SetGridPositon(rig.grid());
+    const QString opened = rig.settingsText();
+    ASSERT_TRUE(rig.model.CreateSettingsBackup(false));
+    ASSERT_TRUE(rig.model.SetNeutralSettings());
+    rig.device->nodeMap().setFloat("ExposureTime", 400.0);  // far too dark: the loop runs many rounds
+    ASSERT_TRUE(rig.model.AutoAdjustGray80PercentPatch());
+    QThread::msleep(300);
+    QElapsedTimer clock;
+    clock.start();
+    // The loop measures through the session: restoring must not wait on it
+    // under the session's lock, and nothing may change the camera afterwards.
+    ASSERT_TRUE(rig.model.RestoreSettingsBackup(false));
+    EXPECT_LT(clock.elapsed(), 6000);
+    QThread::msleep(500);
+    EXPECT_EQ(rig.settingsText(), opened);
+    EXPECT_TRUE(rig.model.Close());
+}
 
 TEST(Session, ClosedSessionAnswersWithoutTouchingTheCamera)
 {

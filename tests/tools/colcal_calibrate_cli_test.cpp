@@ -11,6 +11,7 @@
 #include <QTemporaryDir>
 
 #include <cmath>
+#include <csignal>
 
 namespace {
 
@@ -70,6 +71,32 @@ TEST(ColcalCalibrate, BadInputIsRefusedBeforeTheCameraIsTouched)
         EXPECT_TRUE(r.out.isEmpty());
         EXPECT_TRUE(r.err.contains(c.expected)) << r.err.toStdString();
     }
+}
+
+TEST(ColcalCalibrate, InterruptRestoresAndExitsNonZero)
+{
+    QTemporaryDir home;
+    QProcess p;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("XDG_DATA_HOME", home.filePath("data"));
+    env.insert("XDG_CONFIG_HOME", home.filePath("config"));
+    p.setProcessEnvironment(env);
+    p.start(COLCAL_BINARY, {"calibrate", "--report-dir", home.filePath("reports")});
+    QString err;
+    // Interrupt once the settings are backed up and the brightness loop runs.
+    while (!err.contains("automatic brightness") && p.state() != QProcess::NotRunning) {
+        p.waitForReadyRead(200);
+        err += QString::fromUtf8(p.readAllStandardError());
+    }
+    ASSERT_TRUE(err.contains("automatic brightness")) << err.toStdString();
+    ::kill(pid_t(p.processId()), SIGINT);
+    const bool finished = p.waitForFinished(30000);
+    err += QString::fromUtf8(p.readAllStandardError());
+    ASSERT_TRUE(finished) << err.toStdString();
+    EXPECT_EQ(p.exitCode(), 130);
+    EXPECT_TRUE(p.readAllStandardOutput().isEmpty());
+    EXPECT_TRUE(err.contains("interrupted; the camera's settings were restored")) << err.toStdString();
+    EXPECT_FALSE(QDir(home.filePath("reports")).exists());
 }
 
 class ColcalCalibrateCamera : public ::testing::TestWithParam<const char*> {};

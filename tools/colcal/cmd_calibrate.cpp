@@ -310,6 +310,7 @@ int runCalibrate(const QStringList& allWords)
             run.check(model.StoreSettingsInUserSet(args.value("user-set"), args.flag("set-default")),
                       "Couldn't store settings in user set: " + args.value("user-set"));
     } catch (const Abort& abort) {
+        model.StopAutoAdjustGray80PercentPatch();
         model.StopGrab();
         QString restored;
         if (backedUp && !run.removed())

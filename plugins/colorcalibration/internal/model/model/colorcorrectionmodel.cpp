@@ -214,3 +214,8 @@ bool ColorCorrectionModel::DisableAutoFunctions()
 {
     return m_impl->DisableAutoFunctions();
 }
+
+bool ColorCorrectionModel::StopAutoAdjustGray80PercentPatch()
+{
+    return m_impl->StopAutoAdjustGray80PercentPatch();
+}

@@ -80,6 +80,8 @@ public:
     void injectCameraControlService(QSharedPointer<Plugin::CameraPool::ICameraControlService> service);
     void injectCameraStatusService(QSharedPointer<Plugin::CameraPool::ICameraStatusService> service);
     bool DisableAutoFunctions();
+    /// Ends a running brightness loop after its current round and waits for it.
+    bool StopAutoAdjustGray80PercentPatch();
 
 private:
     ColorCorrectionModelImpl* m_impl;

@@ -176,8 +176,23 @@ void ColorCorrectionModelImpl::deleteCameraObjects()
     m_poolCamera.clear();
 }
 
+bool ColorCorrectionModelImpl::StopAutoAdjustGray80PercentPatch()
+{
+    CameraJustify* justify;
+    {
+        Lock lock(m_mutex);
+        justify = m_cameraJustify;
+    }
+    // Waiting for the worker's last round needs the session lock free: the round
+    // measures through this session.
+    if (justify)
+        justify->stopAutoBrightness();
+    return true;
+}
+
 bool ColorCorrectionModelImpl::Close()
 {
+    StopAutoAdjustGray80PercentPatch();
     Lock lock(m_mutex);
     return guarded("Close", "Error: Failed to close camera.", false, [&] {
         storeLastGridPosition();
@@ -185,8 +200,6 @@ bool ColorCorrectionModelImpl::Close()
             disconnect(m_statusService.data(), &Plugin::CameraPool::ICameraStatusService::cameraConnectionLost, this,
                        nullptr);
         QSharedPointer<Plugin::CameraPool::ICamera> camera = m_camera ? m_camera->detachCamera() : m_poolCamera;
-        if (m_cameraJustify)
-            m_cameraJustify->stopAutoBrightness();
         if (camera && m_controlService) {
             if (camera->isOpen() && !m_exclusiveAccess)
                 m_controlService->closeCamera(m_cameraInfo);
@@ -612,6 +625,8 @@ bool ColorCorrectionModelImpl::CreateSettingsBackup(bool flag)
 
 bool ColorCorrectionModelImpl::RestoreSettingsBackup(bool flag)
 {
+    // A brightness loop still running would go on changing what is restored.
+    StopAutoAdjustGray80PercentPatch();
     Lock lock(m_mutex);
     return guarded("RestoreSettingsBackup", "Error: Restore of camera settings failed.", false, [&] {
         if (!isCameraOpen())

@@ -106,6 +106,9 @@ public:
     void injectCameraControlService(QSharedPointer<Plugin::CameraPool::ICameraControlService> service);
     void injectCameraStatusService(QSharedPointer<Plugin::CameraPool::ICameraStatusService> service);
     bool DisableAutoFunctions();
+    /// Ends a running brightness loop after its current round and waits for it;
+    /// Close and RestoreSettingsBackup do this first. Not from the loop's own thread.
+    bool StopAutoAdjustGray80PercentPatch();
     /// The grab behind GrabImage(QImage&): the shared image with both pixel buffers.
     bool GrabImage(Plugin::DataProcessing::CImage& image, bool grabNew);
 
