@@ -59,5 +59,3 @@ void BM_BayerRG12ToRgb16Only(benchmark::State& state)
 BENCHMARK(BM_BayerRG12ToRgb16Only)->Unit(benchmark::kMillisecond);
 
 }  // namespace
-
-BENCHMARK_MAIN();

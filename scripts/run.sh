@@ -1,5 +1,7 @@
 #!/usr/bin/env bash
-# The main job: a release build, then the calibration engine on a sample measured chart.
+# The main job: a release build, then a whole calibration of the emulated
+# medical camera. Prints the before/after table and where the report is.
+# Extra arguments go to `colcal calibrate` (e.g. --camera emu-custom-1).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
@@ -8,4 +10,7 @@ build=build/release
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DCOLCAL_BENCH=OFF >/dev/null
 cmake --build "$build" --target colcal >/dev/null
 
-"$build/tools/colcal/colcal" engine tools/colcal/samples/measured_chart.csv "$@"
+out=${COLCAL_OUT:-out}
+mkdir -p "$out/reports" "$out/settings"
+export QT_QPA_PLATFORM=${QT_QPA_PLATFORM:-offscreen}
+"$build/tools/colcal/colcal" calibrate --report-dir "$out/reports" --settings-dir "$out/settings" "$@"

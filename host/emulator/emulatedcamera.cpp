@@ -120,8 +120,9 @@ struct EmulatedCamera::Impl {
     std::atomic<bool> acquiring{false};
     bool stopRequested = false;
     Kalto::EAcquisitionMode mode = Kalto::EAcquisitionMode::Continuous;
+    std::mutex threadMutex;  ///< guards `thread` (start and join)
     std::thread thread;
-    std::thread::id threadId;
+    std::thread::id threadId;  ///< the delivery thread's id, under `mutex`
     FrameSink sink;
     ConnectionLostHandler lostHandler;
     std::atomic<bool> lostReported{false};
@@ -316,7 +317,9 @@ void EmulatedCamera::Impl::setFactoryState()
 {
     auto& m = map;
     const bool s2 = sfnc2();
-    m.setEnum("PixelFormat", s2 ? "BayerRG8" : "RGB8");
+    // The calibratable models deliver processed colour; the legacy model, which
+    // the calibration does not support, sends raw Bayer data.
+    m.setEnum("PixelFormat", model.colorPipelineVersion != 1 ? "BayerRG12" : (s2 ? "RGB8" : "BGR8"));
     m.setEnum("DemosaicingMode", "BaselineHQ");
     m.setFloat(exposureName(), 8000.0);
     m.setEnum("ExposureAuto", "Continuous");
@@ -473,8 +476,11 @@ PipelineSettings EmulatedCamera::Impl::resolve() const
     s.contrast = map.getFloat("OstContrast");
     s.contrastMode = map.getEnum("OstContrastMode") == "Linear" ? ContrastMode::Linear : ContrastMode::SCurve;
     s.tonalRange = map.getEnum("TonalRangeEnable") == "On";
-    s.tonalLow = tonalLow;
-    s.tonalHigh = tonalHigh;
+    {
+        std::lock_guard<std::mutex> state(mutex);
+        s.tonalLow = tonalLow;
+        s.tonalHigh = tonalHigh;
+    }
     s.gammaEnable = map.getBool("GammaEnable");
     s.gammaCurve = map.getEnum("GammaSelector") == "sRGB" ? GammaCurve::SRGB : GammaCurve::User;
     s.gamma = map.getFloat("Gamma");
@@ -580,18 +586,28 @@ void EmulatedCamera::Impl::lose()
 
 void EmulatedCamera::Impl::stop()
 {
+    bool fromDelivery;
     {
         std::lock_guard<std::mutex> lock(mutex);
         stopRequested = true;
         acquiring = false;
+        fromDelivery = threadId == std::this_thread::get_id();
     }
     wake.notify_all();
-    if (thread.joinable() && std::this_thread::get_id() != thread.get_id())
-        thread.join();
+    // The delivery thread cannot join itself; it ends once the sink returns.
+    if (!fromDelivery) {
+        std::lock_guard<std::mutex> lock(threadMutex);
+        if (thread.joinable())
+            thread.join();
+    }
 }
 
 void EmulatedCamera::Impl::loop()
 {
+    {
+        std::lock_guard<std::mutex> lock(mutex);
+        threadId = std::this_thread::get_id();
+    }
     ImagePipeline pipeline;
     using Clock = std::chrono::steady_clock;
     auto next = Clock::now();
@@ -754,18 +770,22 @@ void EmulatedCamera::startAcquisition(Kalto::EAcquisitionMode mode)
         KALTO_THROW_RUNTIME("Camera " + d->model.id + " is disconnected");
     if (!d->opened)
         KALTO_THROW_RUNTIME("Camera " + d->model.id + " is not open");
+    {
+        std::lock_guard<std::mutex> lock(d->mutex);
+        if (d->threadId == std::this_thread::get_id())
+            KALTO_THROW_RUNTIME("startAcquisition from inside the frame sink");
+    }
+    std::lock_guard<std::mutex> threads(d->threadMutex);
     if (d->acquiring)
         return;
-    if (d->thread.joinable()) {
-        if (std::this_thread::get_id() == d->thread.get_id())
-            KALTO_THROW_RUNTIME("startAcquisition from inside the frame sink");
+    if (d->thread.joinable())
         d->thread.join();
-    }
     {
         std::lock_guard<std::mutex> lock(d->mutex);
         d->stopRequested = false;
         d->mode = mode;
         d->acquiring = true;
+        d->threadId = std::thread::id();
     }
     d->thread = std::thread([this] { d->loop(); });
 }

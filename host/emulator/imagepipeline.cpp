@@ -75,67 +75,73 @@ struct ColorStage {
     bool hsbc;
     bool mono;
 
-    inline void run(float rgb[3]) const
+    // The colour stages for a row held as three planes (overwritten), in
+    // passes that the compiler can vectorise; results go to `out` as R G B every `step` floats.
+    void runRow(float* __restrict R, float* __restrict G, float* __restrict B, int n, float* out, int step) const
     {
-        float r = m[0] * rgb[0] + m[1] * rgb[1] + m[2] * rgb[2];
-        float g = m[3] * rgb[0] + m[4] * rgb[1] + m[5] * rgb[2];
-        float b = m[6] * rgb[0] + m[7] * rgb[1] + m[8] * rgb[2];
-        rgb[0] = r;
-        rgb[1] = g;
-        rgb[2] = b;
-        if (adjust)
-            ColorAdjustment::apply<float>(rgb, p);
+        for (int i = 0; i < n; ++i) {
+            const float r = R[i], g = G[i], b = B[i];
+            R[i] = m[0] * r + m[1] * g + m[2] * b;
+            G[i] = m[3] * r + m[4] * g + m[5] * b;
+            B[i] = m[6] * r + m[7] * g + m[8] * b;
+        }
+        if (adjust) {
+            // The six-colour operator written with selects instead of branches
+            // or indexing: noisy pixels change sector often, and the loop can
+            // vectorise. Same tests and results as ColorAdjustment::apply.
+            for (int i = 0; i < n; ++i) {
+                const float r = R[i], g = G[i], b = B[i];
+                const bool rLow = (b >= r) & (g > r);
+                const bool gLow = !rLow & (r >= g) & (b > g);
+                const bool bLow = !rLow & !gLow;
+                const bool rHi = (gLow & (r >= b)) | (bLow & !(g >= r));
+                const bool gHi = (rLow & !(b >= g)) | (bLow & (g >= r));
+                const bool bHi = !rHi & !gHi;
+                const float mx = rHi ? r : (gHi ? g : b);
+                const float mn = rLow ? r : (gLow ? g : b);
+                const float md = r + g + b - mx - mn;
+                // Primary of the largest channel, secondary opposite the smallest.
+                const float hue1 = rHi ? p[0] : (gHi ? p[2] : p[4]);
+                const float sat1 = rHi ? p[6] : (gHi ? p[8] : p[10]);
+                const float hue2 = bLow ? p[1] : (rLow ? p[3] : p[5]);
+                const float sat2 = bLow ? p[7] : (rLow ? p[9] : p[11]);
+                // +1 for largest/middle R/G, G/B, B/R.
+                const bool plus = (rHi & bLow) | (gHi & rLow) | (bHi & gLow);
+                const float sg = plus ? 1.0f : -1.0f;
+                const float h1 = sg * hue1, h2 = sg * hue2;
+                const float d1 = mx - md, d2 = md - mn;
+                const float nHi = mx + h2 * d2;
+                const float nMid = mx - (h1 + sat1) * d1 - h2 * d2;
+                const float nLo = mx - (sat1 - h1) * d1 - sat2 * d2;
+                R[i] = rHi ? nHi : (rLow ? nLo : nMid);
+                G[i] = gHi ? nHi : (gLow ? nLo : nMid);
+                B[i] = bHi ? nHi : (bLow ? nLo : nMid);
+            }
+        }
         if (hsbc) {
-            r = h[0] * rgb[0] + h[1] * rgb[1] + h[2] * rgb[2];
-            g = h[3] * rgb[0] + h[4] * rgb[1] + h[5] * rgb[2];
-            b = h[6] * rgb[0] + h[7] * rgb[1] + h[8] * rgb[2];
-            rgb[0] = r;
-            rgb[1] = g;
-            rgb[2] = b;
+            for (int i = 0; i < n; ++i) {
+                const float r = R[i], g = G[i], b = B[i];
+                R[i] = h[0] * r + h[1] * g + h[2] * b;
+                G[i] = h[3] * r + h[4] * g + h[5] * b;
+                B[i] = h[6] * r + h[7] * g + h[8] * b;
+            }
         }
         if (mono)
-            rgb[0] = rgb[1] = rgb[2] = 0.2126f * rgb[0] + 0.7152f * rgb[1] + 0.0722f * rgb[2];
+            for (int i = 0; i < n; ++i)
+                R[i] = G[i] = B[i] = 0.2126f * R[i] + 0.7152f * G[i] + 0.0722f * B[i];
+        for (int i = 0; i < n; ++i) {
+            out[step * i] = R[i];
+            out[step * i + 1] = G[i];
+            out[step * i + 2] = B[i];
+        }
     }
 };
 
 inline int toneIndex(float v)
 {
-    const float i = v * kToneScale;
-    return i <= 0.0f ? 0 : (i >= kToneSize - 1 ? kToneSize - 1 : static_cast<int>(i + 0.5f));
+    const float i = std::min(std::max(v * kToneScale + 0.5f, 0.0f), static_cast<float>(kToneSize - 1));
+    return static_cast<int>(i);
 }
-
-// Writes one processed pixel in the output format.
-struct Writer {
-    Kalto::EPixelType format;
-    uint8_t* data;
-    int width;
-    const uint16_t* tone;
-
-    inline void put(int x, int y, const float rgb[3]) const
-    {
-        const size_t i = static_cast<size_t>(y) * width + x;
-        switch (format) {
-        case Kalto::PixelType_RGB8packed:
-            data[3 * i] = static_cast<uint8_t>(tone[toneIndex(rgb[0])]);
-            data[3 * i + 1] = static_cast<uint8_t>(tone[toneIndex(rgb[1])]);
-            data[3 * i + 2] = static_cast<uint8_t>(tone[toneIndex(rgb[2])]);
-            break;
-        case Kalto::PixelType_BGR8packed:
-            data[3 * i] = static_cast<uint8_t>(tone[toneIndex(rgb[2])]);
-            data[3 * i + 1] = static_cast<uint8_t>(tone[toneIndex(rgb[1])]);
-            data[3 * i + 2] = static_cast<uint8_t>(tone[toneIndex(rgb[0])]);
-            break;
-        case Kalto::PixelType_Mono8:
-            data[i] = static_cast<uint8_t>(tone[toneIndex(rgb[0])]);
-            break;
-        default: {  // Mono12 in 16-bit little-endian words
-            const uint16_t v = tone[toneIndex(rgb[0])];
-            data[2 * i] = static_cast<uint8_t>(v & 0xff);
-            data[2 * i + 1] = static_cast<uint8_t>(v >> 8);
-        }
-        }
-    }
-};
 
 }  // namespace
 
@@ -278,7 +284,6 @@ void ImagePipeline::process(const RenderedScene& scene, const PipelineSettings& 
         const float v = static_cast<float>(raw[static_cast<size_t>(y) * stride + x]) - ped;
         return (v > 0.0f ? v * rescale : 0.0f) + black;
     };
-    auto balanced = [&](int x, int y) { return lin(x, y) * wb[SceneRenderer::channelAt(x, y)]; };
 
     if (stats) {
         // A sparse grid of 2x2 cells is plenty for exposure and balance control.
@@ -317,19 +322,14 @@ void ImagePipeline::process(const RenderedScene& scene, const PipelineSettings& 
     }
 
     uint8_t* dst = out.data.data();
-    if (Kalto::IsBayer(format)) {
+    // Raw Bayer output skips the colour pipeline; processed raw runs it and
+    // mosaics the result again (writeRow keeps each pixel's own channel).
+    if (Kalto::IsBayer(format) && !s.processedRaw) {
         const bool eight = Kalto::BitDepth(format) == 8;
-        if (s.processedRaw)
-            buildTone(s, eight ? 255 : kMaxDn);
         for (int y = 0; y < h; ++y) {
             for (int x = 0; x < w; ++x) {
-                int v;
-                if (s.processedRaw) {
-                    v = m_tone[toneIndex(balanced(x, y))];
-                } else {
-                    const float l = std::min(static_cast<float>(kMaxDn), lin(x, y));
-                    v = eight ? static_cast<int>(l) >> 4 : static_cast<int>(l);
-                }
+                const float l = std::min(static_cast<float>(kMaxDn), lin(x, y));
+                const int v = eight ? static_cast<int>(l) >> 4 : static_cast<int>(l);
                 const size_t i = static_cast<size_t>(y) * w + x;
                 if (eight) {
                     dst[i] = static_cast<uint8_t>(v);
@@ -353,49 +353,133 @@ void ImagePipeline::process(const RenderedScene& scene, const PipelineSettings& 
     const auto hm = hsbcMatrix(s.hueDeg, s.saturation);
     std::copy(hm.begin(), hm.end(), cs.h);
     cs.mono = Kalto::IsMono(format);
-    const Writer writer{format, dst, w, m_tone.data()};
+
+    // Black level and white balance once per sensor pixel: every neighbour a
+    // demosaicing step averages carries the same filter colour, so balancing
+    // before interpolating is the same as after.
+    m_lin.resize(static_cast<size_t>(w) * h);
+    for (int y = 0; y < h; ++y) {
+        const uint16_t* in = raw + static_cast<size_t>(y) * stride;
+        float* out = m_lin.data() + static_cast<size_t>(y) * w;
+        const float g0 = wb[(y & 1) ? 1 : 0] * rescale, g1 = wb[(y & 1) ? 2 : 1] * rescale;
+        const float b0 = black * wb[(y & 1) ? 1 : 0], b1 = black * wb[(y & 1) ? 2 : 1];
+        for (int x = 0; x < w; x += 2) {
+            const float v0 = static_cast<float>(in[x]) - ped, v1 = static_cast<float>(in[x + 1]) - ped;
+            out[x] = (v0 > 0.0f ? v0 * g0 : 0.0f) + b0;
+            out[x + 1] = (v1 > 0.0f ? v1 * g1 : 0.0f) + b1;
+        }
+    }
+    m_row.resize(static_cast<size_t>(3) * w);
+    m_planes.resize(static_cast<size_t>(3) * w);
+    float* row = m_row.data();
+    float* R = m_planes.data();
+    float* G = R + w;
+    float* B = G + w;
+    const float* L = m_lin.data();
 
     if (s.demosaicing == Demosaicing::Simple) {
+        const int blocks = w / 2;
         for (int y = 0; y < h; y += 2) {
-            for (int x = 0; x < w; x += 2) {
-                float rgb[3] = {lin(x, y) * wb[0], 0.5f * (lin(x + 1, y) + lin(x, y + 1)) * wb[1],
-                                lin(x + 1, y + 1) * wb[2]};
-                cs.run(rgb);
-                writer.put(x, y, rgb);
-                writer.put(x + 1, y, rgb);
-                writer.put(x, y + 1, rgb);
-                writer.put(x + 1, y + 1, rgb);
+            const float* r0 = L + static_cast<size_t>(y) * w;
+            const float* r1 = r0 + w;
+            for (int i = 0; i < blocks; ++i) {
+                R[i] = r0[2 * i];
+                G[i] = 0.5f * (r0[2 * i + 1] + r1[2 * i]);
+                B[i] = r1[2 * i + 1];
             }
+            cs.runRow(R, G, B, blocks, row, 6);
+            for (int i = 0; i < blocks; ++i) {
+                float* px = row + 6 * i;
+                px[3] = px[0];
+                px[4] = px[1];
+                px[5] = px[2];
+            }
+            writeRow(format, row, w, dst, y);
+            writeRow(format, row, w, dst, y + 1);
         }
         return;
     }
 
-    // Bilinear: mirrored borders keep the colour-filter parity.
-    auto mx = [w](int x) { return x < 0 ? 1 : (x >= w ? w - 2 : x); };
-    auto my = [h](int y) { return y < 0 ? 1 : (y >= h ? h - 2 : y); };
+    // Bilinear, with mirrored borders that keep the colour-filter parity.
     for (int y = 0; y < h; ++y) {
-        const int ym = my(y - 1), yp = my(y + 1);
-        for (int x = 0; x < w; ++x) {
-            const int xm = mx(x - 1), xp = mx(x + 1);
-            const float self = lin(x, y);
-            const float cross = 0.25f * (lin(xm, y) + lin(xp, y) + lin(x, ym) + lin(x, yp));
-            const float diag = 0.25f * (lin(xm, ym) + lin(xp, ym) + lin(xm, yp) + lin(xp, yp));
-            const float horiz = 0.5f * (lin(xm, y) + lin(xp, y));
-            const float vert = 0.5f * (lin(x, ym) + lin(x, yp));
-            float rgb[3];
-            switch (SceneRenderer::channelAt(x, y)) {
-            case 0: rgb[0] = self; rgb[1] = cross; rgb[2] = diag; break;
-            case 2: rgb[0] = diag; rgb[1] = cross; rgb[2] = self; break;
-            default:
-                rgb[1] = self;
-                if (y & 1) { rgb[0] = vert; rgb[2] = horiz; }
-                else { rgb[0] = horiz; rgb[2] = vert; }
+        const float* up = L + static_cast<size_t>(y == 0 ? 1 : y - 1) * w;
+        const float* mid = L + static_cast<size_t>(y) * w;
+        const float* dn = L + static_cast<size_t>(y + 1 >= h ? h - 2 : y + 1) * w;
+        const bool blueRow = (y & 1) != 0;
+        // Pairs of pixels: the first of a pair sits on red (even rows) or
+        // green (odd rows), the second on green or blue.
+        for (int x = 0; x < w; x += 2) {
+            const int xm = x == 0 ? 1 : x - 1, xp = x + 1, xpp = x + 2 >= w ? w - 2 : x + 2;
+            if (!blueRow) {
+                R[x] = mid[x];
+                G[x] = 0.25f * (mid[xm] + mid[xp] + up[x] + dn[x]);
+                B[x] = 0.25f * (up[xm] + up[xp] + dn[xm] + dn[xp]);
+                R[xp] = 0.5f * (mid[x] + mid[xpp]);
+                G[xp] = mid[xp];
+                B[xp] = 0.5f * (up[xp] + dn[xp]);
+            } else {
+                R[x] = 0.5f * (up[x] + dn[x]);
+                G[x] = mid[x];
+                B[x] = 0.5f * (mid[xm] + mid[xp]);
+                R[xp] = 0.25f * (up[x] + up[xpp] + dn[x] + dn[xpp]);
+                G[xp] = 0.25f * (mid[x] + mid[xpp] + up[xp] + dn[xp]);
+                B[xp] = mid[xp];
             }
-            rgb[0] *= wb[0];
-            rgb[1] *= wb[1];
-            rgb[2] *= wb[2];
-            cs.run(rgb);
-            writer.put(x, y, rgb);
         }
+        cs.runRow(R, G, B, w, row, 3);
+        writeRow(format, row, w, dst, y);
+    }
+}
+
+void ImagePipeline::writeRow(Kalto::EPixelType format, const float* row, int width, uint8_t* dst, int y) const
+{
+    const uint16_t* tone = m_tone.data();
+    const size_t base = static_cast<size_t>(y) * width;
+    switch (format) {
+    case Kalto::PixelType_RGB8packed: {
+        uint8_t* out = dst + 3 * base;
+        for (int i = 0; i < 3 * width; ++i)
+            out[i] = static_cast<uint8_t>(tone[toneIndex(row[i])]);
+        break;
+    }
+    case Kalto::PixelType_BGR8packed: {
+        uint8_t* out = dst + 3 * base;
+        for (int x = 0; x < width; ++x) {
+            out[3 * x] = static_cast<uint8_t>(tone[toneIndex(row[3 * x + 2])]);
+            out[3 * x + 1] = static_cast<uint8_t>(tone[toneIndex(row[3 * x + 1])]);
+            out[3 * x + 2] = static_cast<uint8_t>(tone[toneIndex(row[3 * x])]);
+        }
+        break;
+    }
+    case Kalto::PixelType_BayerRG8:
+    case Kalto::PixelType_BayerRG12: {
+        // R G / G B: even rows alternate red and green, odd rows green and blue.
+        const int first = (y & 1) ? 1 : 0;
+        const bool eight = format == Kalto::PixelType_BayerRG8;
+        for (int x = 0; x < width; ++x) {
+            const uint16_t v = tone[toneIndex(row[3 * x + first + (x & 1)])];
+            if (eight) {
+                dst[base + x] = static_cast<uint8_t>(v);
+            } else {
+                dst[2 * (base + x)] = static_cast<uint8_t>(v & 0xff);
+                dst[2 * (base + x) + 1] = static_cast<uint8_t>(v >> 8);
+            }
+        }
+        break;
+    }
+    case Kalto::PixelType_Mono8: {
+        uint8_t* out = dst + base;
+        for (int x = 0; x < width; ++x)
+            out[x] = static_cast<uint8_t>(tone[toneIndex(row[3 * x])]);
+        break;
+    }
+    default: {  // Mono12 in 16-bit little-endian words
+        uint8_t* out = dst + 2 * base;
+        for (int x = 0; x < width; ++x) {
+            const uint16_t v = tone[toneIndex(row[3 * x])];
+            out[2 * x] = static_cast<uint8_t>(v & 0xff);
+            out[2 * x + 1] = static_cast<uint8_t>(v >> 8);
+        }
+    }
     }
 }

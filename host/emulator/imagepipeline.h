@@ -84,12 +84,16 @@ private:
     void expose(const RenderedScene& scene, const PipelineSettings& s, uint64_t seed);
     void testPattern(const PipelineSettings& s);
     void buildTone(const PipelineSettings& s, int outMax);
+    void writeRow(Kalto::EPixelType format, const float* row, int width, uint8_t* dst, int y) const;
 
     SensorProperties m_sensor;
     std::vector<float> m_gauss;
     std::vector<uint16_t> m_raw;
     std::vector<float> m_sigma;
     std::vector<uint16_t> m_tone;  ///< linear value x 4 -> output value
+    std::vector<float> m_lin;      ///< balanced linear value per sensor pixel
+    std::vector<float> m_row;      ///< one processed row, R G B per pixel
+    std::vector<float> m_planes;   ///< one demosaiced row as R, G and B planes
     int m_width = 0;
     int m_height = 0;
 };

@@ -6,6 +6,7 @@
 
 #include <cstring>
 #include <functional>
+#include <random>
 
 namespace {
 
@@ -367,3 +368,60 @@ TEST(ChartDiscriminator, NullOrEmptyImageIsAFailureNotACrash)
 }
 
 }  // namespace
+
+namespace {
+
+// Pixel-by-pixel reference: the median sample of every pixel the odd-even
+// test puts inside, scanning the bounding rectangle without its last row and column.
+bool referenceMedian(const CTrapezoid& t, const CKaltoImage& img, int& red)
+{
+    const QPolygon poly = t.toPolygon();
+    const QRect box = poly.boundingRect();
+    std::vector<std::pair<int, int>> samples;  // (brightest, red)
+    for (int y = std::max(box.top(), 0); y < std::min(box.bottom(), int(img.GetHeight())); ++y)
+        for (int x = std::max(box.left(), 0); x < std::min(box.right(), int(img.GetWidth())); ++x)
+            if (poly.containsPoint(QPoint(x, y), Qt::OddEvenFill)) {
+                const Kalto::SPixelData p = img.GetPixelData(x, y);
+                samples.emplace_back(std::max({p.Red, p.Green, p.Blue}), p.Red);
+            }
+    if (samples.size() < 24)
+        return false;
+    std::nth_element(samples.begin(), samples.begin() + samples.size() / 2, samples.end());
+    red = samples[samples.size() / 2].second;
+    return true;
+}
+
+}  // namespace
+
+TEST(ChartDiscriminator, RowRunsSampleExactlyThePixelsThePolygonTestAccepts)
+{
+    // Every pixel distinct, so a different pixel set almost surely moves the median.
+    CKaltoImage img;
+    img.Reset(Kalto::PixelType_RGB16packed, 300, 200);
+    auto* px = static_cast<uint16_t*>(img.GetBuffer());
+    for (int y = 0; y < 200; ++y)
+        for (int x = 0; x < 300; ++x) {
+            const int v = (x * 7919 + y * 104729) % 65536;
+            px[3 * (y * 300 + x)] = uint16_t(v);
+            px[3 * (y * 300 + x) + 1] = uint16_t(v / 2);
+            px[3 * (y * 300 + x) + 2] = uint16_t(v / 3);
+        }
+    std::mt19937 rng(11);
+    std::uniform_int_distribution<int> coord(-30, 330);
+    ChartDiscriminator d(70);
+    int compared = 0;
+    for (int i = 0; i < 400; ++i) {
+        // Random quadrilaterals: convex, concave, crossed and partly off the image.
+        const CTrapezoid t(QPoint(coord(rng), coord(rng) * 2 / 3), QPoint(coord(rng), coord(rng) * 2 / 3),
+                           QPoint(coord(rng), coord(rng) * 2 / 3), QPoint(coord(rng), coord(rng) * 2 / 3));
+        int expectedRed = 0;
+        const bool expected = referenceMedian(t, img, expectedRed);
+        QColor c;
+        ASSERT_EQ(d.getColorPatchValue(t, &img, 65536, c), expected) << i;
+        if (expected) {
+            EXPECT_NEAR(c.redF(), expectedRed / 65536.0, 1e-5) << i;
+            ++compared;
+        }
+    }
+    EXPECT_GT(compared, 200);
+}

@@ -116,9 +116,10 @@ TEST(ImagePipeline, ColorAdjustmentActsAfterTheMatrix)
     s.exposureUs = 9000;
     s.matrix = {{1.2, -0.1, -0.1, -0.1, 1.2, -0.1, -0.1, -0.1, 1.2}};
     const auto a = measure(s);
-    s.colorAdjust = {{0.1, -0.1, 0.05, 0, 0.1, 0, 0.7, 1.2, 1.1, 1, 0.9, 1}};
+    s.colorAdjust = {{0.1, -0.1, 0.05, 0.08, 0.1, -0.15, 0.7, 1.2, 1.1, 0.8, 0.9, 1.3}};
     const auto b = measure(s);
-    for (long k : {0L, 6L, 13L, 14L}) {
+    // Patches from every sector: reds, oranges, greens, blues, purples, magentas.
+    for (long k : {0L, 2L, 4L, 6L, 8L, 9L, 10L, 13L, 14L, 16L, 17L}) {
         double v[3] = {a(k, 0), a(k, 1), a(k, 2)};
         ColorAdjustment::apply(v, s.colorAdjust);
         for (long j = 0; j < 3; ++j)

@@ -21,11 +21,29 @@ using namespace Plugin::CameraPool;
 
 namespace {
 
+// Frames arrive on the device thread; collect them on the test's thread.
+struct FrameLog : QObject {
+    explicit FrameLog(ICamera* camera)
+    {
+        connect(camera, &ICamera::cameraImageGrabbed, this,
+                [this](const Kalto::CGrabResultPtr& r) { results << r; }, Qt::QueuedConnection);
+    }
+    bool waitFor(int count, int timeoutMs)
+    {
+        QElapsedTimer t;
+        t.start();
+        while (results.size() < count && t.elapsed() < timeoutMs)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+        return results.size() >= count;
+    }
+    QList<Kalto::CGrabResultPtr> results;
+};
+
 template <class T>
 T* service(const CameraPool& pool)
 {
-    for (auto* s : pool.services())
-        if (auto* t = qobject_cast<T*>(s))
+    for (const auto& s : pool.services())
+        if (auto* t = qobject_cast<T*>(s.data()))
             return t;
     return nullptr;
 }
@@ -109,13 +127,12 @@ TEST_F(Pool, ExclusiveAccessIsCountedAndRefused)
 TEST_F(Pool, ContinuousAcquisitionDeliversOnTheDeviceThreadAndStops)
 {
     auto cam = control->openCamera(info);
-    QSignalSpy frames(cam.data(), &ICamera::cameraImageGrabbed);
+    FrameLog frames(cam.data());
     cam->startGrabbing();
     EXPECT_TRUE(cam->isGrabbing());
     EXPECT_TRUE(stream->isCameraInUse(info));
-    while (frames.count() < 3)
-        ASSERT_TRUE(frames.wait(2000));
-    const auto result = frames.at(0).at(0).value<Kalto::CGrabResultPtr>();
+    ASSERT_TRUE(frames.waitFor(3, 2000));
+    const Kalto::CGrabResultPtr result = frames.results.at(0);
     ASSERT_TRUE(result.IsValid());
     EXPECT_TRUE(result->GrabSucceeded());
     EXPECT_EQ(result->GetWidth(), 8u);
@@ -128,11 +145,11 @@ TEST_F(Pool, ContinuousAcquisitionDeliversOnTheDeviceThreadAndStops)
 TEST_F(Pool, SingleGrabDeliversOneFrame)
 {
     auto cam = control->openCamera(info);
-    QSignalSpy frames(cam.data(), &ICamera::cameraImageGrabbed);
+    FrameLog frames(cam.data());
     cam->grabOne(1000);
-    ASSERT_TRUE(frames.wait(2000));
+    ASSERT_TRUE(frames.waitFor(1, 2000));
     QTest::qWait(30);
-    EXPECT_EQ(frames.count(), 1);
+    EXPECT_EQ(frames.results.size(), 1);
     EXPECT_FALSE(cam->isGrabbing());
     EXPECT_FALSE(stream->isCameraInUse(info));
     control->closeCamera(info);
@@ -181,6 +198,17 @@ TEST_F(Pool, DisconnectFailsEveryCallAtOnceNamingTheCamera)
     EXPECT_FALSE(control->openCamera(info));
     EXPECT_TRUE(control->releaseCamera(cam));
     stream->stopAll();  // skips the lost camera without throwing
+}
+
+TEST_F(Pool, ServicesOutlivingThePoolFailSoftly)
+{
+    const auto services = pool->services();
+    pool.reset();
+    EXPECT_FALSE(control->openCamera(info));
+    EXPECT_TRUE(enumeration->allCameras().isEmpty());
+    EXPECT_FALSE(status->canGetExclusiveAccess(info));
+    stream->stopAll();
+    EXPECT_FALSE(deviceStatus->isDeviceOpen("cam1"));
 }
 
 TEST_F(Pool, ParametersAndSettingsTextOfACamera)

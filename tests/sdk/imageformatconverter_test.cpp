@@ -187,6 +187,22 @@ TEST(ImageFormatConverter, PaddingOnBothSidesIsRespectedAndLeftAlone)
     EXPECT_EQ(out[17 + 8 + 2], 6);
 }
 
+TEST(ImageFormatConverter, FreshImageHasItsPaddingCleared)
+{
+    CImageFormatConverter c;
+    c.OutputPixelFormat = PixelType_RGB16packed;
+    c.OutputPaddingX = 3;
+    CKaltoImage dst;
+    c.Convert(dst, make8(PixelType_Mono8, 2, 3, {1, 2, 3, 4, 5, 6}));
+    ASSERT_EQ(dst.GetStride(), 15u);
+    ASSERT_EQ(dst.GetPaddingX(), 3u);
+    const uint8_t* p = static_cast<const uint8_t*>(dst.GetBuffer());
+    for (uint32_t y = 0; y < 3; ++y)
+        for (size_t i = 12; i < 15; ++i)
+            EXPECT_EQ(p[15 * y + i], 0) << y << "," << i;
+    EXPECT_EQ(dst.GetPixelData(1, 2).Green, 6 * 256);
+}
+
 TEST(ImageFormatConverter, ErrorsAreRuntimeExceptions)
 {
     const CKaltoImage src = make8(PixelType_Mono8, 2, 2, {1, 2, 3, 4});

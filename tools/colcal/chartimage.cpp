@@ -9,7 +9,11 @@
 
 #include <array>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace {
 
@@ -27,6 +31,35 @@ void collectWarnings(QtMsgType type, const QMessageLogContext& context, const QS
     if (g_previousHandler)
         g_previousHandler(type, context, message);
 }
+
+// Some decoders (libpng on a fatal error) write to stderr themselves; the
+// reader's error string says the same, so their output is held back while reading.
+class QuietStderr {
+public:
+    QuietStderr()
+    {
+        std::fflush(stderr);
+        m_saved = dup(STDERR_FILENO);
+        const int devNull = open("/dev/null", O_WRONLY);
+        if (m_saved >= 0 && devNull >= 0)
+            dup2(devNull, STDERR_FILENO);
+        if (devNull >= 0)
+            close(devNull);
+    }
+    ~QuietStderr()
+    {
+        std::fflush(stderr);
+        if (m_saved >= 0) {
+            dup2(m_saved, STDERR_FILENO);
+            close(m_saved);
+        }
+    }
+    QuietStderr(const QuietStderr&) = delete;
+    QuietStderr& operator=(const QuietStderr&) = delete;
+
+private:
+    int m_saved = -1;
+};
 
 bool isSixteenBit(QImage::Format f)
 {
@@ -53,19 +86,25 @@ ChartImage ChartImage::load(const QString& path, Encoding encoding)
 {
     if (!QFileInfo(path).isFile())
         throw cli::Error(QString("%1: no such file").arg(path), cli::BadInput);
-    QImageReader reader(path);
-    reader.setAutoTransform(false);
-    const QSize declared = reader.size();
-    if (declared.isValid() && (declared.width() <= 0 || declared.height() <= 0))
-        throw cli::Error(QString("%1: image has zero size").arg(path), cli::BadInput);
-
+    // Decoder complaints start with the header, so they are collected from there on.
     QStringList warnings;
     g_decoderWarnings = &warnings;
     g_previousHandler = qInstallMessageHandler(collectWarnings);
-    QImage image = reader.read();
+    QImageReader reader(path);
+    reader.setAutoTransform(false);
+    QSize declared;
+    QImage image;
+    {
+        const QuietStderr quiet;
+        declared = reader.size();
+        if (!declared.isValid() || (declared.width() > 0 && declared.height() > 0))
+            image = reader.read();
+    }
     qInstallMessageHandler(g_previousHandler);
     g_decoderWarnings = nullptr;
 
+    if (declared.isValid() && (declared.width() <= 0 || declared.height() <= 0))
+        throw cli::Error(QString("%1: image has zero size").arg(path), cli::BadInput);
     if (image.isNull())
         throw cli::Error(QString("%1: cannot read image: %2").arg(path, reader.errorString()), cli::BadInput);
     if (!warnings.isEmpty())

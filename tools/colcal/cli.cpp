@@ -4,6 +4,9 @@
 #include <QJsonDocument>
 #include <QTextStream>
 
+#include <QPoint>
+#include <QVector>
+
 #include <cmath>
 #include <cstdio>
 
@@ -93,6 +96,34 @@ std::vector<std::vector<double>> readNumberRows(const QString& path, int columns
     if (out.empty())
         throw Error(QString("%1: no data rows").arg(shown), BadInput);
     return out;
+}
+
+// "--grid" takes eight numbers as separate words; they are taken out before the
+// remaining words are parsed.
+QVector<QPoint> takeGrid(QStringList& words)
+{
+    const int at = words.indexOf("--grid");
+    if (at < 0)
+        return {};
+    if (words.size() < at + 9)
+        throw cli::Error("--grid needs eight numbers: x1 y1 x2 y2 x3 y3 x4 y4 (top-left, top-right, "
+                         "bottom-left, bottom-right)",
+                         cli::BadInput);
+    QVector<QPoint> corners;
+    for (int i = 0; i < 4; ++i) {
+        int xy[2];
+        for (int k = 0; k < 2; ++k) {
+            const QString w = words[at + 1 + 2 * i + k];
+            bool ok = false;
+            const double v = w.toDouble(&ok);
+            if (!ok || !std::isfinite(v) || std::fabs(v) > 1e7)
+                throw cli::Error(QString("--grid: not a number: \"%1\"").arg(w), cli::BadInput);
+            xy[k] = int(std::lround(v));
+        }
+        corners << QPoint(xy[0], xy[1]);
+    }
+    words.erase(words.begin() + at, words.begin() + at + 9);
+    return corners;
 }
 
 void printJson(const QJsonObject& object)

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QJsonObject>
+#include <QPoint>
+#include <QVector>
 #include <QString>
 #include <QStringList>
 
@@ -44,6 +46,10 @@ private:
 /// numbers in [lo, hi]; `rows` > 0 also fixes the number of rows.
 std::vector<std::vector<double>> readNumberRows(const QString& path, int columns, int rows,
                                                 double lo, double hi);
+
+/// Takes "--grid x1 y1 x2 y2 x3 y3 x4 y4" (top-left, top-right, bottom-left,
+/// bottom-right) out of `words`; empty when there is no --grid.
+QVector<QPoint> takeGrid(QStringList& words);
 
 /// One JSON object on stdout, compact, newline-terminated.
 void printJson(const QJsonObject& object);

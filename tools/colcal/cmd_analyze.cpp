@@ -15,33 +15,6 @@
 
 namespace {
 
-// "--grid" takes eight numbers as separate words; they are taken out before the
-// remaining words are parsed.
-QVector<QPoint> takeGrid(QStringList& words)
-{
-    const int at = words.indexOf("--grid");
-    if (at < 0)
-        return {};
-    if (words.size() < at + 9)
-        throw cli::Error("--grid needs eight numbers: x1 y1 x2 y2 x3 y3 x4 y4 (top-left, top-right, "
-                         "bottom-left, bottom-right)",
-                         cli::BadInput);
-    QVector<QPoint> corners;
-    for (int i = 0; i < 4; ++i) {
-        int xy[2];
-        for (int k = 0; k < 2; ++k) {
-            const QString w = words[at + 1 + 2 * i + k];
-            bool ok = false;
-            const double v = w.toDouble(&ok);
-            if (!ok || !std::isfinite(v) || std::fabs(v) > 1e7)
-                throw cli::Error(QString("--grid: not a number: \"%1\"").arg(w), cli::BadInput);
-            xy[k] = int(std::lround(v));
-        }
-        corners << QPoint(xy[0], xy[1]);
-    }
-    words.erase(words.begin() + at, words.begin() + at + 9);
-    return corners;
-}
 
 // The outline top-left, top-right, bottom-right, bottom-left must turn the same
 // way at every corner; a crossed or folded grid does not.
@@ -65,7 +38,7 @@ bool isConvex(const QVector<QPoint>& c)
 int runAnalyze(const QStringList& input)
 {
     QStringList words = input;
-    const QVector<QPoint> gridCorners = takeGrid(words);
+    const QVector<QPoint> gridCorners = cli::takeGrid(words);
     const cli::Args args(words, {"json", "linear", "srgb"}, {"overlay"});
     if (args.positional().size() != 1)
         throw cli::Error("expects one IMAGE file", cli::BadInput);

@@ -18,6 +18,10 @@ struct Command {
 const std::map<QString, Command>& commands()
 {
     static const std::map<QString, Command> table = {
+        {"calibrate", {runCalibrate, "calibrate [--camera ID] [--grid x1 y1 ... x4 y4|--find-chart|--stored-grid] [--load-settings FILE] [--settings-dir DIR] [--report-dir DIR] [--user-set NAME [--set-default]] [--json]   the whole calibration of a camera"}},
+        {"cameras", {runCameras, "cameras [--json]            the cameras of every backend and whether the calibration supports them"}},
+        {"grab", {runGrab, "grab [--camera ID] --out FRAME.png [--json]   one frame as the camera delivers it, converted for display"}},
+        {"settings", {runSettings, "settings save|load [--camera ID] FILE [--user-set NAME] [--json]   the camera's feature-persistence text"}},
         {"delta-e", {runDeltaE, "delta-e FILE [--json]      CIEDE2000 dE and dC of Lab pairs (L1,a1,b1,L2,a2,b2 rows)"}},
         {"engine", {runEngineCommand, "engine FILE [--json]       calibrate a measured chart (24 rows R,G,B, linear 0..255)"}},
         {"analyze", {runAnalyze, "analyze IMAGE [--grid x1 y1 x2 y2 x3 y3 x4 y4] [--linear|--srgb] [--overlay OUT.png] [--json]   measure the chart in an image and calibrate"}},
@@ -39,6 +43,9 @@ void usage(FILE* to)
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
+    // The viewer's settings (the stored grid position per camera) are shared with it.
+    QCoreApplication::setOrganizationName("Ostrel");
+    QCoreApplication::setApplicationName("KaltoViewer");
     QStringList words = app.arguments().mid(1);
     if (words.isEmpty() || words.first() == "--help" || words.first() == "-h") {
         usage(words.isEmpty() ? stderr : stdout);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QPointer>
+
 #include "camerapool/icameracontrolservice.h"
 
 namespace Plugin {
@@ -18,7 +20,7 @@ public:
     bool releaseCamera(QSharedPointer<ICamera> camera) override;
 
 private:
-    CameraPool* m_pool;
+    QPointer<CameraPool> m_pool;  // services may outlive the pool; calls then fail soft
 };
 
 }  // namespace CameraPool

@@ -7,20 +7,28 @@ namespace Plugin {
 namespace CameraPool {
 
 CameraEnumerationService::CameraEnumerationService(CameraPool* pool)
-    : ICameraEnumerationService(pool), m_pool(pool)
+    : m_pool(pool)
 {
 }
 
-QStringList CameraEnumerationService::transportLayers() const { return m_pool->transportLayers(); }
+QStringList CameraEnumerationService::transportLayers() const {
+    if (!m_pool)
+        return {};
+    return m_pool->transportLayers();
+}
 
 QList<QSharedPointer<ICameraInfo>> CameraEnumerationService::cameras(const QString& layer) const
 {
+    if (!m_pool)
+        return {};
     return m_pool->cameras(layer);
 }
 
 QList<QSharedPointer<ICameraInfo>> CameraEnumerationService::allCameras() const
 {
     QList<QSharedPointer<ICameraInfo>> all;
+    if (!m_pool)
+        return all;
     for (const QString& layer : m_pool->transportLayers())
         all << m_pool->cameras(layer);
     return all;
@@ -28,6 +36,8 @@ QList<QSharedPointer<ICameraInfo>> CameraEnumerationService::allCameras() const
 
 QSharedPointer<ICameraInfo> CameraEnumerationService::cameraInfo(const QString& deviceId) const
 {
+    if (!m_pool)
+        return {};
     return m_pool->cameraInfo(deviceId);
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QPointer>
+
 #include "camerapool/icameraenumerationservice.h"
 
 namespace Plugin {
@@ -18,7 +20,7 @@ public:
     QSharedPointer<ICameraInfo> cameraInfo(const QString& deviceId) const override;
 
 private:
-    CameraPool* m_pool;
+    QPointer<CameraPool> m_pool;  // services may outlive the pool; calls then fail soft
 };
 
 }  // namespace CameraPool

@@ -56,7 +56,7 @@ struct CameraPool::Impl {
     Kalto::CTransportLayerRegistry& registry;
     mutable QRecursiveMutex mutex;
     QMap<QString, Entry> entries;
-    QList<Core::Service::IService*> services;
+    QList<QSharedPointer<Core::Service::IService>> services;
 };
 
 CameraPool::CameraPool(Kalto::CTransportLayerRegistry& registry, QObject* parent)
@@ -66,9 +66,12 @@ CameraPool::CameraPool(Kalto::CTransportLayerRegistry& registry, QObject* parent
         "QSharedPointer<Plugin::CameraPool::IBaseInfo>");
     qRegisterMetaType<QSharedPointer<Plugin::CameraPool::ICameraInfo>>(
         "QSharedPointer<Plugin::CameraPool::ICameraInfo>");
-    d->services << new CameraStatusService(this) << new CameraControlService(this)
-                << new CameraEnumerationService(this) << new CameraStreamControlService(this)
-                << new DeviceParameterService(this) << new DeviceStatusService(this);
+    d->services << QSharedPointer<Core::Service::IService>(new CameraStatusService(this))
+                << QSharedPointer<Core::Service::IService>(new CameraControlService(this))
+                << QSharedPointer<Core::Service::IService>(new CameraEnumerationService(this))
+                << QSharedPointer<Core::Service::IService>(new CameraStreamControlService(this))
+                << QSharedPointer<Core::Service::IService>(new DeviceParameterService(this))
+                << QSharedPointer<Core::Service::IService>(new DeviceStatusService(this));
 }
 
 CameraPool::~CameraPool()
@@ -84,7 +87,10 @@ CameraPool::~CameraPool()
     }
 }
 
-QList<Core::Service::IService*> CameraPool::services() const { return d->services; }
+QList<QSharedPointer<Core::Service::IService>> CameraPool::services() const
+{
+    return d->services;
+}
 
 QStringList CameraPool::transportLayers() const
 {

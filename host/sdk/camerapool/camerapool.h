@@ -34,8 +34,8 @@ public:
     ~CameraPool() override;
 
     /// Status, control, enumeration, stream control, device parameter and device
-    /// status service, owned by the pool.
-    QList<Core::Service::IService*> services() const;
+    /// status service. They may outlive the pool and then fail softly (null, false).
+    QList<QSharedPointer<Core::Service::IService>> services() const;
 
     QStringList transportLayers() const;
     QList<QSharedPointer<ICameraInfo>> cameras(const QString& transportLayer) const;

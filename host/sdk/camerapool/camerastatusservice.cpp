@@ -6,7 +6,7 @@
 namespace Plugin {
 namespace CameraPool {
 
-CameraStatusService::CameraStatusService(CameraPool* pool) : ICameraStatusService(pool), m_pool(pool)
+CameraStatusService::CameraStatusService(CameraPool* pool) : m_pool(pool)
 {
     connect(pool, &CameraPool::cameraConnectionLost, this,
             &ICameraStatusService::cameraConnectionLost, Qt::DirectConnection);
@@ -14,11 +14,15 @@ CameraStatusService::CameraStatusService(CameraPool* pool) : ICameraStatusServic
 
 bool CameraStatusService::canGetExclusiveAccess(QSharedPointer<ICameraInfo> camera) const
 {
+    if (!m_pool)
+        return {};
     return m_pool->canGetExclusiveAccess(camera);
 }
 
 bool CameraStatusService::isCameraOpen(QSharedPointer<ICameraInfo> camera) const
 {
+    if (!m_pool)
+        return {};
     return m_pool->isCameraOpen(camera);
 }
 

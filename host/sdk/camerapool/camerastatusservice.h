@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QPointer>
+
 #include "camerapool/icamerastatusservice.h"
 
 namespace Plugin {
@@ -16,7 +18,7 @@ public:
     bool isCameraOpen(QSharedPointer<ICameraInfo> camera) const override;
 
 private:
-    CameraPool* m_pool;
+    QPointer<CameraPool> m_pool;  // services may outlive the pool; calls then fail soft
 };
 
 }  // namespace CameraPool

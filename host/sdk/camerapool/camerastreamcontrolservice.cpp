@@ -7,16 +7,22 @@ namespace Plugin {
 namespace CameraPool {
 
 CameraStreamControlService::CameraStreamControlService(CameraPool* pool)
-    : ICameraStreamControlService(pool), m_pool(pool)
+    : m_pool(pool)
 {
 }
 
 bool CameraStreamControlService::isCameraInUse(QSharedPointer<ICameraInfo> camera) const
 {
+    if (!m_pool)
+        return {};
     return m_pool->isInUse(camera);
 }
 
-void CameraStreamControlService::stopAll() { m_pool->stopAll(); }
+void CameraStreamControlService::stopAll()
+{
+    if (m_pool)
+        m_pool->stopAll();
+}
 
 }  // namespace CameraPool
 }  // namespace Plugin

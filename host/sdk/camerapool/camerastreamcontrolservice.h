@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QPointer>
+
 #include "camerapool/icamerastreamcontrolservice.h"
 
 namespace Plugin {
@@ -16,7 +18,7 @@ public:
     void stopAll() override;
 
 private:
-    CameraPool* m_pool;
+    QPointer<CameraPool> m_pool;  // services may outlive the pool; calls then fail soft
 };
 
 }  // namespace CameraPool

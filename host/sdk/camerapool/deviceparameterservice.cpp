@@ -7,13 +7,15 @@ namespace Plugin {
 namespace CameraPool {
 
 DeviceParameterService::DeviceParameterService(CameraPool* pool)
-    : IDeviceParameterService(pool), m_pool(pool)
+    : m_pool(pool)
 {
 }
 
 QSharedPointer<ParameterCollection::IParameterCollection> DeviceParameterService::parameterCollection(
     QSharedPointer<ICameraInfo> camera)
 {
+    if (!m_pool)
+        return {};
     return m_pool->parameterCollection(camera);
 }
 

@@ -6,7 +6,7 @@
 namespace Plugin {
 namespace CameraPool {
 
-DeviceStatusService::DeviceStatusService(CameraPool* pool) : IDeviceStatusService(pool), m_pool(pool)
+DeviceStatusService::DeviceStatusService(CameraPool* pool) : m_pool(pool)
 {
     connect(pool, &CameraPool::deviceOpened, this, &IDeviceStatusService::deviceOpened,
             Qt::DirectConnection);
@@ -14,6 +14,8 @@ DeviceStatusService::DeviceStatusService(CameraPool* pool) : IDeviceStatusServic
 
 bool DeviceStatusService::isDeviceOpen(const QString& deviceId) const
 {
+    if (!m_pool)
+        return false;
     const auto info = m_pool->cameraInfo(deviceId);
     return info && m_pool->isCameraOpen(info);
 }

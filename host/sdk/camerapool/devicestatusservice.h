@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QPointer>
+
 #include "camerapool/idevicestatusservice.h"
 
 namespace Plugin {
@@ -15,7 +17,7 @@ public:
     bool isDeviceOpen(const QString& deviceId) const override;
 
 private:
-    CameraPool* m_pool;
+    QPointer<CameraPool> m_pool;  // services may outlive the pool; calls then fail soft
 };
 
 }  // namespace CameraPool

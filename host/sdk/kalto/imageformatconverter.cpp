@@ -223,6 +223,24 @@ void dispatch(EPixelType type, const Source& s, const Dest& d)
                         PixelTypeName(type));
 }
 
+// A new output image: the conversion writes every pixel, so only the row
+// padding needs clearing.
+CKaltoImage freshImage(const CImageFormatConverter& c, uint32_t width, uint32_t height)
+{
+    if (!CImageFormatConverter::IsSupportedOutputFormat(c.OutputPixelFormat))
+        KALTO_THROW_RUNTIME(std::string("Image format converter: unsupported output pixel type ") +
+                            PixelTypeName(c.OutputPixelFormat));
+    CKaltoImage out;
+    out.ResetForOverwrite(c.OutputPixelFormat, width, height, c.OutputPaddingX);
+    if (c.OutputPaddingX > 0) {
+        const size_t row = CKaltoImage::ComputeRowBytes(c.OutputPixelFormat, width);
+        auto* p = static_cast<uint8_t*>(out.GetBuffer());
+        for (uint32_t y = 0; y < height; ++y)
+            std::memset(p + out.GetStride() * y + row, 0, c.OutputPaddingX);
+    }
+    return out;
+}
+
 }  // namespace
 
 CImageFormatConverter::CImageFormatConverter() = default;
@@ -303,8 +321,7 @@ void CImageFormatConverter::Convert(CKaltoImage& destination, const CKaltoImage&
 {
     if (!source.IsValid())
         KALTO_THROW_RUNTIME("Image format converter: the source image is empty");
-    CKaltoImage out;
-    out.Reset(OutputPixelFormat, source.GetWidth(), source.GetHeight(), OutputPaddingX);
+    CKaltoImage out = freshImage(*this, source.GetWidth(), source.GetHeight());
     Convert(out.GetBuffer(), out.GetImageSize(), source);
     destination = out;
 }
@@ -313,8 +330,7 @@ void CImageFormatConverter::Convert(CKaltoImage& destination, const CGrabResultP
 {
     if (!source.IsValid() || !source->GrabSucceeded())
         KALTO_THROW_RUNTIME("Image format converter: the grab result holds no image");
-    CKaltoImage out;
-    out.Reset(OutputPixelFormat, source->GetWidth(), source->GetHeight(), OutputPaddingX);
+    CKaltoImage out = freshImage(*this, source->GetWidth(), source->GetHeight());
     Convert(out.GetBuffer(), out.GetImageSize(), source);
     destination = out;
 }

@@ -30,6 +30,18 @@ void CKaltoImage::Reset(EPixelType type, uint32_t width, uint32_t height, size_t
     m_data = m_owned.get();
 }
 
+void CKaltoImage::ResetForOverwrite(EPixelType type, uint32_t width, uint32_t height,
+                                    size_t paddingX)
+{
+    m_type = type;
+    m_width = width;
+    m_height = height;
+    m_paddingX = paddingX;
+    const size_t bytes = GetImageSize();
+    m_owned.reset(bytes ? new uint8_t[bytes] : nullptr);
+    m_data = m_owned.get();
+}
+
 void CKaltoImage::AttachUserBuffer(void* buffer, size_t bufferSize, EPixelType type,
                                    uint32_t width, uint32_t height, size_t paddingX)
 {

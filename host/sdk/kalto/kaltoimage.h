@@ -29,6 +29,9 @@ public:
 
     /// Allocates an own buffer; paddingX is extra bytes at the end of each row.
     void Reset(EPixelType type, uint32_t width, uint32_t height, size_t paddingX = 0);
+    /// As Reset, but the buffer is left uninitialised: for writers that fill
+    /// every byte (a converter producing a whole frame) and need not pay for zeroing.
+    void ResetForOverwrite(EPixelType type, uint32_t width, uint32_t height, size_t paddingX = 0);
     /// Uses bufferSize bytes at buffer without copying; the caller keeps it alive.
     void AttachUserBuffer(void* buffer, size_t bufferSize, EPixelType type, uint32_t width,
                           uint32_t height, size_t paddingX = 0);

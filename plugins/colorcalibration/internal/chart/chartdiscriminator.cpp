@@ -34,6 +34,38 @@ int fullScaleOf(const Kalto::CKaltoImage* image)
     return static_cast<int>(std::pow(2.0, static_cast<double>(p.BitDepth)));
 }
 
+// Inside runs [first, last] of row y under the odd-even rule, computed the way
+// QPolygon::containsPoint decides each point: an edge counts when y lies in
+// [y1, y2) of its lower and upper end, at the crossing x it computes;
+// horizontal edges never count.
+void insideRuns(const QPolygon& outline, int y, std::vector<std::pair<int, int>>& runs)
+{
+    runs.clear();
+    double crossings[8];
+    int n = 0;
+    const double py = y;
+    for (int i = 1; i < outline.size() && n < 8; ++i) {
+        double x1 = outline[i - 1].x(), y1 = outline[i - 1].y();
+        double x2 = outline[i].x(), y2 = outline[i].y();
+        if (qFuzzyCompare(y1, y2))
+            continue;
+        if (y2 < y1) {
+            std::swap(x1, x2);
+            std::swap(y1, y2);
+        }
+        if (py >= y1 && py < y2)
+            crossings[n++] = x1 + ((x2 - x1) / (y2 - y1)) * (py - y1);
+    }
+    std::sort(crossings, crossings + n);
+    // A point at px is inside when an odd number of crossings lie at or left of it.
+    for (int k = 0; k + 1 < n; k += 2) {
+        const int first = static_cast<int>(std::ceil(crossings[k]));
+        const int last = static_cast<int>(std::ceil(crossings[k + 1])) - 1;
+        if (first <= last)
+            runs.emplace_back(first, last);
+    }
+}
+
 bool hasPixels(const Kalto::CKaltoImage* image)
 {
     return image && image->IsValid();
@@ -41,9 +73,19 @@ bool hasPixels(const Kalto::CKaltoImage* image)
 
 }  // namespace
 
+namespace {
+
+inline double brightest(const ChartDiscriminator::rgb16& s)
+{
+    const double rg = s.red > s.green ? s.red : s.green;
+    return rg > s.blue ? rg : s.blue;
+}
+
+}  // namespace
+
 bool ChartDiscriminator::rgb16::operator<(const rgb16& o) const
 {
-    return std::max({red, green, blue}) < std::max({o.red, o.green, o.blue});
+    return brightest(*this) < brightest(o);
 }
 
 ChartDiscriminator::ChartDiscriminator(int patchSizePercent)
@@ -117,18 +159,45 @@ bool ChartDiscriminator::getColorPatchValue(const CTrapezoid& patch, const Kalto
     const int yEnd = std::min(box.bottom(), static_cast<int>(image->GetHeight()));
     const int xEnd = std::min(box.right(), static_cast<int>(image->GetWidth()));
     m_samples.clear();
+    const int xStart = std::max(box.left(), 0);
+    auto sample = [&](int x, int y) {
+        const Kalto::SPixelData p = image->GetPixelData(static_cast<uint32_t>(x), static_cast<uint32_t>(y));
+        m_samples.push_back({double(p.Red), double(p.Green), double(p.Blue)});
+    };
+    std::vector<std::pair<int, int>> runs;
     for (int y = std::max(box.top(), 0); y < yEnd; ++y) {
-        for (int x = std::max(box.left(), 0); x < xEnd; ++x) {
-            if (!outline.containsPoint(QPoint(x, y), Qt::OddEvenFill))
-                continue;
-            const Kalto::SPixelData p = image->GetPixelData(static_cast<uint32_t>(x), static_cast<uint32_t>(y));
-            m_samples.push_back({double(p.Red), double(p.Green), double(p.Blue)});
+        // The odd-even test is a parity count of edge crossings left of the
+        // point, so along a row it changes only at the crossings: find the
+        // inside runs once per row and let containsPoint confirm each run's
+        // ends; a row where it disagrees is tested pixel by pixel.
+        insideRuns(outline, y, runs);
+        bool confirmed = true;
+        for (const auto& [first, last] : runs)
+            confirmed = confirmed && outline.containsPoint(QPoint(first, y), Qt::OddEvenFill) &&
+                        outline.containsPoint(QPoint(last, y), Qt::OddEvenFill) &&
+                        !outline.containsPoint(QPoint(first - 1, y), Qt::OddEvenFill) &&
+                        !outline.containsPoint(QPoint(last + 1, y), Qt::OddEvenFill);
+        if (!confirmed) {
+            for (int x = xStart; x < xEnd; ++x)
+                if (outline.containsPoint(QPoint(x, y), Qt::OddEvenFill))
+                    sample(x, y);
+            continue;
         }
+        for (const auto& [first, last] : runs)
+            for (int x = std::max(first, xStart); x <= std::min(last, xEnd - 1); ++x)
+                sample(x, y);
     }
     if (m_samples.size() < kMinSamples)
         return false;
-    const auto median = m_samples.begin() + static_cast<std::ptrdiff_t>(m_samples.size() / 2);
-    std::nth_element(m_samples.begin(), median, m_samples.end());
+    // Selection on packed (brightest channel, sample index) keys orders the
+    // samples exactly as rgb16's operator< does, on plain integers. The read-out
+    // gives integer channels, so the brightest one fits the upper 32 bits.
+    m_keys.resize(m_samples.size());
+    for (size_t i = 0; i < m_samples.size(); ++i)
+        m_keys[i] = (static_cast<uint64_t>(brightest(m_samples[i])) << 32) | i;
+    const auto middle = m_keys.begin() + static_cast<std::ptrdiff_t>(m_keys.size() / 2);
+    std::nth_element(m_keys.begin(), middle, m_keys.end());
+    const rgb16* median = &m_samples[static_cast<size_t>(*middle & 0xffffffffu)];
     result.setRedF(median->red / fullScale);
     result.setGreenF(median->green / fullScale);
     result.setBlueF(median->blue / fullScale);

@@ -5,6 +5,7 @@
 #include <QColor>
 #include <QVector>
 
+#include <cstdint>
 #include <vector>
 
 namespace Kalto {
@@ -63,4 +64,5 @@ private:
     int m_patchSizePercent;
     // Reused between calls so that sampling a frame does not allocate.
     std::vector<rgb16> m_samples;
+    std::vector<uint64_t> m_keys;
 };

@@ -23,7 +23,10 @@ public:
     ColorCorrectionAutoChartFinderResult GetChartPosition(QImage image);
 
     /// The plausibility rules on a list of corners (top-left, top-right,
-    /// bottom-left, bottom-right) for an image of `imageSize`.
+    /// bottom-left, bottom-right of the chart) for an image of `imageSize`:
+    /// inside the image (the border included; bottom-left y must not be 0) and
+    /// in order. A chart turned by a quarter or half turn is judged as it
+    /// appears in the image, so its corners pass; mirrored or crossed lists fail.
     static ColorCorrectionAutoChartFinderResult validate(const QVector<QPoint>& corners, const QSize& imageSize);
 
 signals:

@@ -5,6 +5,8 @@
 
 #include <dlib/matrix.h>
 
+#include <QHash>
+
 #include <algorithm>
 #include <array>
 #include <cfloat>
@@ -34,6 +36,8 @@ constexpr float kMinChartScore = 0.6f;
 // Ratio variation below this counts as flat: keeps noise in uniform areas
 // from correlating after normalisation.
 constexpr float kMinRatioVariance = 0.004f;
+// How much the settled grid's colour match may fall below the searched one's.
+constexpr float kSettleSlack = 0.02f;
 
 // QColor::fromRgbF followed by an 8-bit read-back, without building a QColor.
 inline int toByte(float v)
@@ -48,6 +52,10 @@ inline float clampIndexRead(const float* line, int i, int n)
 }
 
 // One running-sum pass over a line of n samples.
+// The seed already holds the sample at +r and the first step adds it again,
+// so every output carries that sample once more on top of its window: a pass
+// lifts flat areas by (2r+2)/(2r+1) until they saturate, and the resets keep
+// the sum from drifting past full scale there.
 void boxLine(const float* in, float* out, int n, int radius)
 {
     const float scale = 1.0f / float(2 * radius + 1);
@@ -367,10 +375,67 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::getInitialRegressionPatches(
     }
     if (best < kMinSearchScore || bestPitch == 0)
         return {};
+
+    // The ladder's steps (a quarter in pitch, 15 degrees in angle, a third of
+    // a pitch in position) leave the outer patches up to half a cell off. A
+    // finer search around the winner, scored on all 24 patches, closes that gap.
+    QPointF fineCentre = bestCentre;
+    double finePitch = bestPitch, fineAngle = bestAngle;
+    // Each patch is sampled at its centre and 0.3 pitch to either side along
+    // both chart axes: a placement scores high only when all five points of
+    // every patch stay on it, which pins the grid to well under a patch.
+    constexpr int kSpots = 5;
+    constexpr int kSamples = kPatches * kSpots;
+    float expectedRg[kSamples], expectedBg[kSamples], xr[kSamples], xb[kSamples];
+    for (int k = 0; k < kSamples; ++k) {
+        expectedRg[k] = ex.rg[k / kSpots];
+        expectedBg[k] = ex.bg[k / kSpots];
+    }
+    float fineScore = FLT_MIN;
+    const double spot[kSpots][2] = {{0, 0}, {-0.3, 0}, {0.3, 0}, {0, -0.3}, {0, 0.3}};
+    const double shift = std::max(1.0, bestPitch / 10.0);
+    for (double scale = 0.85; scale <= 1.151; scale += 0.0375) {
+        for (double da = -8.0; da <= 8.01; da += 2.0) {
+            const double pitch = bestPitch * scale, angle = bestAngle + da * M_PI / 180.0;
+            const double ca = std::cos(angle + kModelBaseAngle), sa = std::sin(angle + kModelBaseAngle);
+            QPointF offsets[kSamples];
+            for (int k = 0; k < kSamples; ++k) {
+                const double u = (k / kSpots % kColumns - 2.5 + spot[k % kSpots][0]) * pitch;
+                const double v = (k / kSpots / kColumns - 1.5 + spot[k % kSpots][1]) * pitch;
+                offsets[k] = QPointF(ca * u - sa * v, sa * u + ca * v);
+            }
+            for (int dy = -3; dy <= 3; ++dy) {
+                for (int dx = -3; dx <= 3; ++dx) {
+                    const QPointF c = QPointF(bestCentre) + QPointF(dx, dy) * shift;
+                    bool inside = true;
+                    for (int k = 0; k < kSamples && inside; ++k) {
+                        const int sx = int(std::lround(c.x() + offsets[k].x()));
+                        const int sy = int(std::lround(c.y() + offsets[k].y()));
+                        inside = sx >= 0 && sy >= 0 && sx < W && sy < H;
+                        if (inside) {
+                            xr[k] = rg(sx, sy);
+                            xb[k] = bg(sx, sy);
+                        }
+                    }
+                    if (!inside)
+                        continue;
+                    const float score =
+                        0.5f * (correlation(xr, expectedRg, kSamples) + correlation(xb, expectedBg, kSamples));
+                    if (score > fineScore) {
+                        fineScore = score;
+                        fineCentre = c;
+                        finePitch = pitch;
+                        fineAngle = angle;
+                    }
+                }
+            }
+        }
+    }
     QVector<QPoint> centres;
     for (int i = 0; i < kModelSize; ++i)
-        centres << bestCentre + QPoint(int(std::lround(std::cos(modelAngle[i] + bestAngle) * modelRadius[i] * bestPitch)),
-                                       int(std::lround(std::sin(modelAngle[i] + bestAngle) * modelRadius[i] * bestPitch)));
+        centres << (fineCentre + QPointF(std::cos(modelAngle[i] + fineAngle), std::sin(modelAngle[i] + fineAngle)) *
+                                     modelRadius[i] * finePitch)
+                       .toPoint();
     return centres;
 }
 
@@ -438,64 +503,72 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::getAllPatchCenter(QImage ima
         return {};
 
     const QImage bright = brightestInGreen(image);
+    QHash<int, QImage> peaksByRadius;
     QVector<QPoint> allGrid;
     for (int r = 0; r < kRows; ++r)
         for (int c = 0; c < kColumns; ++c)
             allGrid << QPoint(c, r);
 
     // Predict, refine, refit: each refinement moves a centre only a few pixels,
-    // so a few rounds let the grid settle from the search's coarse pitch and angle.
-    for (int round = 0; round < 3; ++round) {
+    // so a few rounds let the grid settle from the search's coarse pitch and
+    // angle. The first rounds fit an affine grid, the last ones add the
+    // second-order terms that foreshortening needs.
+    auto settle = [&](GridFit fit, int rounds) -> GridFit {
+    for (int round = 0; round < rounds; ++round) {
         const QPointF o = predict(fit, 2.5, 1.5);
-        const double d = 0.5 * (std::hypot(predict(fit, 3.5, 1.5).x() - o.x(), predict(fit, 3.5, 1.5).y() - o.y()) +
-                                std::hypot(predict(fit, 2.5, 2.5).x() - o.x(), predict(fit, 2.5, 2.5).y() - o.y()));
+        const QPointF alongRow = predict(fit, 3.5, 1.5) - o, alongColumn = predict(fit, 2.5, 2.5) - o;
+        const double d = 0.5 * (std::hypot(alongRow.x(), alongRow.y()) + std::hypot(alongColumn.x(), alongColumn.y()));
         if (!(d >= 4.0) || !std::isfinite(d))
-            return {};
+            return GridFit();
         const double maxRadius = float(d * kHalfCellDiagonal) * 0.5;
         const int secondStart = int(std::lround(0.4 * kHalfCellDiagonal * d));
+        // A second blur about one patch wide turns each patch's plateau into a
+        // peak at its centre, which the climb then finds from anywhere on the patch.
+        const int peakRadius = std::max(1, int(std::lround(kHalfCellDiagonal * d)));
+        if (!peaksByRadius.contains(peakRadius))
+            peaksByRadius.insert(peakRadius, boxFilter(bright, peakRadius));
+        const QImage peaks = peaksByRadius.value(peakRadius);
         QVector<QPoint> grid24, refined;
         for (const QPoint& g : qAsConst(allGrid)) {
+            // The search places the middle of the chart best; its scale error
+            // grows outward, so the first round settles the inner block only.
+            if (round == 0 && rounds > 2 && (g.x() == 0 || g.x() == kColumns - 1))
+                continue;
             const QPointF pf = predict(fit, g.x(), g.y());
             QPoint p(qRound(pf.x()), qRound(pf.y()));
             if (!image.valid(p))
                 continue;
             // The black patch is as dark as the gaps around it: nothing to climb.
             if (g != QPoint(5, 3)) {
-                p = findPatchCenter(bright, p, maxRadius, 1, 1);
-                p = findPatchCenter(bright, p, maxRadius, 1, secondStart);
+                p = findPatchCenter(peaks, p, maxRadius, 1, 1);
+                p = findPatchCenter(peaks, p, maxRadius, 1, secondStart);
             }
             grid24 << g;
             refined << p;
         }
-        if (refined.size() < 4)
-            return {};
-        GridFit next = fitGrid(*this, grid24, refined, refined.size() >= 12);
+        const bool secondOrder = round >= rounds - 2 && refined.size() >= 12;
+        GridFit next = fitGrid(*this, grid24, refined, secondOrder);
         if (!next.ok)
-            return {};
+            return GridFit();
         // One trimming pass: drop centres that strayed onto a neighbour or the frame.
         QVector<QPoint> keptGrid, kept;
         for (int i = 0; i < refined.size(); ++i) {
             const QPointF q = predict(next, grid24[i].x(), grid24[i].y());
-            if (std::hypot(q.x() - refined[i].x(), q.y() - refined[i].y()) <= 0.2 * d) {
+            if (std::hypot(q.x() - refined[i].x(), q.y() - refined[i].y()) <= 0.15 * d) {
                 keptGrid << grid24[i];
                 kept << refined[i];
             }
         }
-        if (kept.size() >= 12) {
-            const GridFit trimmed = fitGrid(*this, keptGrid, kept, true);
+        if (kept.size() >= 12 && kept.size() < refined.size()) {
+            const GridFit trimmed = fitGrid(*this, keptGrid, kept, secondOrder);
             if (trimmed.ok)
                 next = trimmed;
         }
         fit = next;
     }
+    return fit;
+    };
 
-    QVector<QPoint> centres;
-    for (const QPoint& g : qAsConst(allGrid)) {
-        const QPointF pf = predict(fit, g.x(), g.y());
-        centres << QPoint(qRound(pf.x()), qRound(pf.y()));
-    }
-
-    // The whole chart must look like the chart, not only the nine search samples.
     const QImage red = killAllChannelBut(QColor(1, 0, 0, 255), image);
     const QImage green = killAllChannelBut(QColor(0, 1, 0, 255), image);
     const QImage blue = killAllChannelBut(QColor(0, 0, 1, 255), image);
@@ -504,7 +577,50 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::getAllPatchCenter(QImage ima
     QVector<int> indices;
     for (int k = 0; k < kPatches; ++k)
         indices << k;
-    if (chartScore(Ratios{&rg, &bg}, centres, indices) < kMinChartScore)
+    auto centresOf = [&](const GridFit& f, int dc, int dr) {
+        QVector<QPoint> out;
+        for (const QPoint& g : qAsConst(allGrid)) {
+            const QPointF pf = predict(f, g.x() + dc, g.y() + dr);
+            out << QPoint(qRound(pf.x()), qRound(pf.y()));
+        }
+        return out;
+    };
+
+    // Settling can be led astray where the surroundings are as bright as the
+    // patches; it must not leave the grid looking less like the chart than the
+    // search's own placement did.
+    const Ratios ratios{&rg, &bg};
+    const GridFit searched = fit;
+    const GridFit settled = settle(fit, 3);
+    if (settled.ok && chartScore(ratios, centresOf(settled, 0, 0), indices) >=
+                          chartScore(ratios, centresOf(searched, 0, 0), indices) - kSettleSlack)
+        fit = settled;
+    // A start more than half a cell off lets the whole grid settle one cell
+    // beside the chart, where it still sits on patches. The colours tell the
+    // true place: try the neighbouring placements and settle again if one fits better.
+    float bestScore = chartScore(ratios, centresOf(fit, 0, 0), indices);
+    int bestDc = 0, bestDr = 0;
+    for (int dr = -1; dr <= 1; ++dr)
+        for (int dc = -1; dc <= 1; ++dc) {
+            if (dc == 0 && dr == 0)
+                continue;
+            const float score = chartScore(ratios, centresOf(fit, dc, dr), indices);
+            if (score > bestScore) {
+                bestScore = score;
+                bestDc = dc;
+                bestDr = dr;
+            }
+        }
+    if (bestDc != 0 || bestDr != 0) {
+        const QVector<QPoint> shifted = centresOf(fit, bestDc, bestDr);
+        fit = settle(fitGrid(*this, allGrid, shifted, fit.secondOrder), 3);
+        if (!fit.ok)
+            return {};
+    }
+
+    const QVector<QPoint> centres = centresOf(fit, 0, 0);
+    // The whole chart must look like the chart, not only the nine search samples.
+    if (chartScore(ratios, centres, indices) < kMinChartScore)
         return {};
     return centres;
 }

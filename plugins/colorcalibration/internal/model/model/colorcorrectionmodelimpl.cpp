@@ -1,0 +1,834 @@
+#include "colorcorrectionmodelimpl.h"
+
+#include "calibrationresult.h"
+#include "camerajustify.h"
+#include "chartdiscriminator.h"
+#include "colorcalibrationv1.h"
+#include "colorspace.h"
+#include "convertingimagecamera.h"
+#include "modellog.h"
+#include "original.h"
+#include "colorchecker.h"
+
+#include "camerapool/icamera.h"
+#include "camerapool/icameracontrolservice.h"
+#include "camerapool/icamerainfo.h"
+#include "camerapool/icamerastatusservice.h"
+#include "core/baseexception.h"
+#include "parametercollection/enumparameter.h"
+#include "parametercollection/floatparameter.h"
+#include "parametercollection/integerparameter.h"
+#include "parametercollection/iparametercollection.h"
+
+#include <QJsonArray>
+#include <QPointF>
+#include <QSettings>
+#include <QTextStream>
+#include <QVersionNumber>
+
+#include <cmath>
+#include <stdexcept>
+
+using ParameterCollection::EnumParameterName;
+using ParameterCollection::FloatParameterName;
+using ParameterCollection::IntegerParameterName;
+
+namespace {
+
+using Lock = std::lock_guard<std::recursive_mutex>;
+
+const QVersionNumber kSfnc2(2, 0, 0);
+
+// Runs one session operation: any exception becomes the operation's failure
+// text plus "<operation>: <message>" as warnings, and the fallback result.
+template <class R, class F>
+R guarded(const char* operation, const char* failureText, R fallback, F&& work)
+{
+    try {
+        return work();
+    } catch (const Core::Exception::BaseException& e) {
+        modellog::warning(failureText);
+        modellog::warning(QString("%1: %2").arg(operation, e.message()));
+    } catch (const std::exception& e) {
+        modellog::warning(failureText);
+        modellog::warning(QString("%1: %2").arg(operation, QString::fromUtf8(e.what())));
+    } catch (...) {
+        modellog::warning(failureText);
+        modellog::warning(QString("%1: Unspecified exception occurred.").arg(operation));
+    }
+    return fallback;
+}
+
+QString patchKey(int index)
+{
+    const int n = index + 1;
+    return QString("Patch%1").arg(n < 10 ? QString("0%1").arg(n) : QString("%1").arg(n));
+}
+
+}  // namespace
+
+ColorCorrectionModelImpl::ColorCorrectionModelImpl()
+    : m_engine(new ColorCalibrationV1), m_discriminator(new ChartDiscriminator(70))
+{
+    m_matrix = dlib::identity_matrix<double>(3);
+    m_bc6x2 = 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1;
+    start(QThread::InheritPriority);
+}
+
+ColorCorrectionModelImpl::~ColorCorrectionModelImpl()
+{
+    if (m_camera && m_camera->isOpen())
+        Close();
+    else
+        deleteCameraObjects();
+    quit();
+    wait();
+    delete m_discriminator;
+    delete m_engine;
+}
+
+void ColorCorrectionModelImpl::run()
+{
+    exec();
+}
+
+void ColorCorrectionModelImpl::injectCameraControlService(
+    QSharedPointer<Plugin::CameraPool::ICameraControlService> service)
+{
+    Lock lock(m_mutex);
+    m_controlService = service;
+}
+
+void ColorCorrectionModelImpl::injectCameraStatusService(
+    QSharedPointer<Plugin::CameraPool::ICameraStatusService> service)
+{
+    Lock lock(m_mutex);
+    m_statusService = service;
+}
+
+bool ColorCorrectionModelImpl::isCameraOpen()
+{
+    return m_camera && m_camera->isOpen();
+}
+
+// ---------------------------------------------------------------- open, close
+
+bool ColorCorrectionModelImpl::Open(QSharedPointer<Plugin::CameraPool::ICameraInfo> cameraInfo)
+{
+    Lock lock(m_mutex);
+    try {
+        if (!m_controlService)
+            throw Core::Exception::BaseException("No camera control service");
+        QSharedPointer<Plugin::CameraPool::ICamera> camera;
+        if (m_statusService && m_statusService->canGetExclusiveAccess(cameraInfo)) {
+            camera = m_controlService->openCameraExclusive(cameraInfo);
+            if (!camera)
+                throw Core::Exception::BaseException("Get exclusive camera access failed");
+            m_exclusiveAccess = true;
+        } else {
+            camera = m_controlService->openCamera(cameraInfo);
+            // The text names exclusive access although this is the normal path; kept as it stands.
+            if (!camera)
+                throw Core::Exception::BaseException("Camera open with exclusive access failed");
+            m_exclusiveAccess = false;
+        }
+        m_poolCamera = camera;
+        m_cameraInfo = cameraInfo;
+        m_connectionLost = false;
+        m_camera = new ConvertingImageCamera;
+        m_camera->attachCamera(camera);
+
+        m_cameraJustify = new CameraJustify(camera);
+        m_cameraJustify->disableTestImage();
+        connect(m_cameraJustify, &CameraJustify::AutoBrightnessFinished, this,
+                &ColorCorrectionModelImpl::AutoAdjustGray80PercentPatchFinished);
+
+        m_result = new CalibrationResult(cameraInfo->identifyingText());
+        initializeNodemapConnections();
+        connect(camera.data(), &Plugin::CameraPool::ICamera::cameraConnectionLost, this,
+                &ColorCorrectionModelImpl::onConnectionLost);
+        restoreLastGridPosition();
+        return true;
+    } catch (...) {
+        // Nothing is logged here; the caller reports the failed open. A hold the
+        // pool already gave is handed back so the camera is not left locked.
+        if (m_poolCamera && m_controlService)
+            m_controlService->releaseCamera(m_poolCamera);
+        deleteCameraObjects();
+        return false;
+    }
+}
+
+void ColorCorrectionModelImpl::deleteCameraObjects()
+{
+    if (m_camera) {
+        m_camera->detachCamera();
+        delete m_camera;
+    }
+    m_camera = nullptr;
+    delete m_result;
+    m_result = nullptr;
+    delete m_cameraJustify;
+    m_cameraJustify = nullptr;
+    m_exposureTime.clear();
+    m_gain.clear();
+    m_gainRaw.clear();
+    m_poolCamera.clear();
+}
+
+bool ColorCorrectionModelImpl::Close()
+{
+    Lock lock(m_mutex);
+    return guarded("Close", "Error: Failed to close camera.", false, [&] {
+        storeLastGridPosition();
+        if (m_statusService)
+            disconnect(m_statusService.data(), &Plugin::CameraPool::ICameraStatusService::cameraConnectionLost, this,
+                       nullptr);
+        QSharedPointer<Plugin::CameraPool::ICamera> camera = m_camera ? m_camera->detachCamera() : m_poolCamera;
+        if (m_cameraJustify)
+            m_cameraJustify->stopAutoBrightness();
+        if (camera && m_controlService) {
+            if (camera->isOpen() && !m_exclusiveAccess)
+                m_controlService->closeCamera(m_cameraInfo);
+            else
+                m_controlService->releaseCamera(camera);
+        }
+        if (m_gain)
+            disconnect(m_gain.data(), nullptr, this, nullptr);
+        else if (m_gainRaw)
+            disconnect(m_gainRaw.data(), nullptr, this, nullptr);
+        if (m_exposureTime)
+            disconnect(m_exposureTime.data(), nullptr, this, nullptr);
+        if (camera)
+            disconnect(camera.data(), nullptr, this, nullptr);
+        deleteCameraObjects();
+        return true;
+    });
+}
+
+void ColorCorrectionModelImpl::initializeNodemapConnections()
+{
+    const auto params = m_camera->getParameterCollection();
+    if (!params)
+        throw Core::Exception::BaseException("No parameter collection");
+    if (params->sfncVersion() < kSfnc2) {
+        m_gainRaw = params->parameter(IntegerParameterName("GainRaw"));
+        m_gain.clear();
+        connect(m_gainRaw.data(), &ParameterCollection::Parameter::parameterDataChangedDecoupled, this,
+                &ColorCorrectionModelImpl::onGainValueChanged);
+    } else {
+        m_gain = params->parameter(FloatParameterName("Gain"));
+        if (m_gain->isNull())
+            m_gain = params->parameter(FloatParameterName("GainAbs"));
+        m_gainRaw.clear();
+        connect(m_gain.data(), &ParameterCollection::Parameter::parameterDataChangedDecoupled, this,
+                &ColorCorrectionModelImpl::onGainValueChanged);
+    }
+    m_exposureTime = params->parameter(FloatParameterName("ExposureTimeAbs"));
+    if (m_exposureTime->isNull())
+        m_exposureTime = params->parameter(FloatParameterName("ExposureTime"));
+    connect(m_exposureTime.data(), &ParameterCollection::Parameter::parameterDataChangedDecoupled, this,
+            &ColorCorrectionModelImpl::onExposureTimeValueChanged);
+}
+
+void ColorCorrectionModelImpl::onConnectionLost()
+{
+    m_connectionLost = true;
+    emit cameraRemoved();
+}
+
+void ColorCorrectionModelImpl::onExposureTimeValueChanged(QVariant data)
+{
+    emit ExposureTimeValueChanged(data.toDouble());
+}
+
+void ColorCorrectionModelImpl::onGainValueChanged(QVariant data)
+{
+    // The raw notification is multiplied, not divided as GetGainValue does; kept as designed.
+    if (m_gainRaw && !m_gain)
+        emit GainValueChanged(data.toLongLong() * 100.0);
+    else
+        emit GainValueChanged(data.toDouble());
+}
+
+// ------------------------------------------------------------------- grabbing
+
+bool ColorCorrectionModelImpl::GrabImage(Plugin::DataProcessing::CImage& out, bool grabNew)
+{
+    Lock lock(m_mutex);
+    return guarded("GrabImage", "Error: Failed to grab image.", false, [&] {
+        if (!isCameraOpen())
+            return false;
+        if (!m_camera->GrabImage(m_lastImage, grabNew))
+            return false;
+        if (!m_lastImage.isValid())
+            return false;
+        Kalto::CKaltoImage measuring = m_lastImage.kaltoImage();
+        if (m_discriminator->update80PercentGrayPatchValue(&measuring))
+            emit Gray80PercentHitRateChanged(m_discriminator->get80PercentGrayPatch150DnHitRate());
+        out = m_lastImage;
+        return true;
+    });
+}
+
+bool ColorCorrectionModelImpl::GrabImage(QImage& image, bool grabNew)
+{
+    Lock lock(m_mutex);
+    Plugin::DataProcessing::CImage grabbed;
+    if (!GrabImage(grabbed, grabNew))
+        return false;
+    image = grabbed.toQImage().copy();
+    return true;
+}
+
+bool ColorCorrectionModelImpl::StopGrab()
+{
+    Lock lock(m_mutex);
+    if (isCameraOpen() && m_camera->isGrabbing())
+        m_camera->stopGrabbing();
+    return true;
+}
+
+// ------------------------------------------------------------ grid and patches
+
+CTrapezoid ColorCorrectionModelImpl::GetGridPosition()
+{
+    Lock lock(m_mutex);
+    return m_discriminator->getGridPosition();
+}
+
+void ColorCorrectionModelImpl::SetGridPositon(const CTrapezoid& grid)
+{
+    Lock lock(m_mutex);
+    m_discriminator->setGridPosition(grid);
+}
+
+void ColorCorrectionModelImpl::GetColorPatchPositions(QVector<CTrapezoid>& positions)
+{
+    Lock lock(m_mutex);
+    m_discriminator->getChartPositions(positions);
+}
+
+int ColorCorrectionModelImpl::GetColorPatchValues(QVector<QColor>& values, bool forceGrab)
+{
+    Lock lock(m_mutex);
+    if (isCameraOpen() && (!m_camera->isGrabbing() || forceGrab)) {
+        Plugin::DataProcessing::CImage ignored;
+        GrabImage(ignored, true);
+    }
+    const int before = values.size();
+    m_discriminator->getColorPatchValues(values);
+    if (values.size() == before && m_lastImage.isValid()) {
+        Kalto::CKaltoImage measuring = m_lastImage.kaltoImage();
+        m_discriminator->updateColorPatchValues(&measuring);
+        m_discriminator->getColorPatchValues(values);
+        emit Gray80PercentHitRateChanged(m_discriminator->get80PercentGrayPatch150DnHitRate());
+    }
+    return values.size() - before;
+}
+
+void ColorCorrectionModelImpl::GetColorPatchInitialValues(QVector<QColor>& values)
+{
+    Lock lock(m_mutex);
+    values += m_initialValues;
+}
+
+void ColorCorrectionModelImpl::GetColorPatchTargetValues(QVector<QColor>& values)
+{
+    Lock lock(m_mutex);
+    const ColorSpace cs;
+    const dlib::matrix<double, 24, 3> target = m_engine->GetTargetChart();
+    for (long k = 0; k < 24; ++k)
+        values.append(QColor::fromRgbF(cs.RGB_to_sRGB(target(k, 0)) / 255.0, cs.RGB_to_sRGB(target(k, 1)) / 255.0,
+                                       cs.RGB_to_sRGB(target(k, 2)) / 255.0, 1.0));
+}
+
+void ColorCorrectionModelImpl::GetColorPatchCurrentValues(QVector<QColor>& values)
+{
+    Lock lock(m_mutex);
+    QVector<QColor> fresh;
+    m_discriminator->getColorPatchValues(fresh);
+    if (!fresh.isEmpty())
+        m_currentValues = fresh;
+    values += m_currentValues;
+}
+
+bool ColorCorrectionModelImpl::GetCameraInitialImage(QImage& image)
+{
+    Lock lock(m_mutex);
+    image = m_initialImage.toQImage();
+    return m_initialImage.isValid();
+}
+
+bool ColorCorrectionModelImpl::ApplyInitialCameraImageAndPatchValues()
+{
+    Lock lock(m_mutex);
+    Plugin::DataProcessing::CImage grabbed;
+    if (!GrabImage(grabbed, true) || !grabbed.isValid())
+        return false;
+    m_initialImage = grabbed;
+    Kalto::CKaltoImage measuring = m_lastImage.kaltoImage();
+    m_discriminator->updateColorPatchValues(&measuring);
+    m_initialValues.clear();
+    m_discriminator->getColorPatchValues(m_initialValues);
+    return true;
+}
+
+bool ColorCorrectionModelImpl::ApplyInitialColorPatchValues()
+{
+    Lock lock(m_mutex);
+    QVector<QColor> values;
+    GetColorPatchValues(values, true);
+    m_calibrationInput.clear();
+    m_calibrationInput += values;
+    return true;
+}
+
+// ------------------------------------------------------- exposure and gain
+
+bool ColorCorrectionModelImpl::GetExposureTimeRange(double& min, double& value, double& max)
+{
+    Lock lock(m_mutex);
+    return guarded("GetExposureTimeRange", "Error: Failed to read the exposure time.", false, [&] {
+        if (!isCameraOpen() || !m_exposureTime || m_exposureTime->isNull() || !m_exposureTime->isReadable())
+            return false;
+        min = m_exposureTime->minimum();
+        value = m_exposureTime->value();
+        max = m_exposureTime->maximum();
+        return true;
+    });
+}
+
+bool ColorCorrectionModelImpl::SetExposureTimeValue(double exposureUs)
+{
+    Lock lock(m_mutex);
+    return guarded("SetExposureTimeValue", "Error: Failed to set the exposure time.", false, [&] {
+        if (!isCameraOpen() || !m_exposureTime || m_exposureTime->isNull() || !m_exposureTime->isWritable())
+            return false;
+        m_exposureTime->setValue(exposureUs);
+        return true;
+    });
+}
+
+double ColorCorrectionModelImpl::GetExposureTimeValue()
+{
+    Lock lock(m_mutex);
+    return guarded("GetExposureTimeValue", "Error: Failed to read the exposure time.", -1.0, [&] {
+        if (!isCameraOpen() || !m_exposureTime || m_exposureTime->isNull() || !m_exposureTime->isReadable())
+            return -1.0;
+        return m_exposureTime->value();
+    });
+}
+
+bool ColorCorrectionModelImpl::GetGainRange(double& min, double& value, double& max)
+{
+    Lock lock(m_mutex);
+    return guarded("GetGainRange", "Error: Failed to read the gain.", false, [&] {
+        if (!isCameraOpen())
+            return false;
+        if (m_gain && !m_gain->isNull() && m_gain->isReadable()) {
+            min = m_gain->minimum();
+            value = m_gain->value();
+            max = m_gain->maximum();
+            return true;
+        }
+        if (m_gainRaw && !m_gainRaw->isNull() && m_gainRaw->isReadable()) {
+            min = m_gainRaw->minimum() / 100.0;
+            value = m_gainRaw->value() / 100.0;
+            max = m_gainRaw->maximum() / 100.0;
+            return true;
+        }
+        return false;
+    });
+}
+
+bool ColorCorrectionModelImpl::SetGainValue(double gain)
+{
+    Lock lock(m_mutex);
+    return guarded("SetGainValue", "Error: Failed to set the gain.", false, [&] {
+        if (!isCameraOpen())
+            return false;
+        if (m_gain && !m_gain->isNull()) {
+            if (!m_gain->isWritable())
+                return false;
+            m_gain->setValue(gain);
+            return true;
+        }
+        if (m_gainRaw && !m_gainRaw->isNull() && m_gainRaw->isWritable()) {
+            m_gainRaw->setValue(static_cast<qint64>(gain * 100.0));
+            return true;
+        }
+        return false;
+    });
+}
+
+double ColorCorrectionModelImpl::GetGainValue()
+{
+    Lock lock(m_mutex);
+    return guarded("GetGainValue", "Error: Failed to read the gain.", -1.0, [&] {
+        if (!isCameraOpen())
+            return -1.0;
+        if (m_gain && !m_gain->isNull() && m_gain->isReadable())
+            return m_gain->value();
+        if (m_gainRaw && !m_gainRaw->isNull() && m_gainRaw->isReadable())
+            return m_gainRaw->value() / 100.0;
+        return -1.0;
+    });
+}
+
+bool ColorCorrectionModelImpl::StoreDetectedExposureAndGain()
+{
+    m_detectedGain = GetGainValue();
+    m_detectedExposure = GetExposureTimeValue();
+    return m_detectedGain > -1.0 && m_detectedExposure > -1.0;
+}
+
+bool ColorCorrectionModelImpl::RestoreDetectedExposureAndGain()
+{
+    if (!(m_detectedGain > -1.0 && m_detectedExposure > -1.0))
+        return false;
+    {
+        Lock lock(m_mutex);
+        if (!m_cameraJustify)
+            return false;
+        if (!guarded("RestoreDetectedExposureAndGain", "Error: Failed to restore exposure and gain.", false, [&] {
+                m_cameraJustify->disableAutoGainAndAutoExposure();
+                return true;
+            }))
+            return false;
+    }
+    SetGainValue(m_detectedGain);
+    SetExposureTimeValue(m_detectedExposure);
+    return true;
+}
+
+// ------------------------------------------------------------- calibration
+
+bool ColorCorrectionModelImpl::AutoAdjustGray80PercentPatch()
+{
+    Lock lock(m_mutex);
+    return guarded("AutoAdjustGray80PercentPatch", "Autoadjust failed.", false, [&] {
+        m_cameraJustify->startAutoBrightness(this);
+        return true;
+    });
+}
+
+bool ColorCorrectionModelImpl::ExecuteWhitebalance()
+{
+    Lock lock(m_mutex);
+    return guarded("ExecuteWhitebalance", "Whitebalance failed!", false, [&] {
+        StopGrab();
+        QVector<QColor> values;
+        GetColorPatchValues(values, true);
+        if (values.size() != 24)
+            throw std::runtime_error(QString("%1 of 24 patches measured").arg(values.size()).toStdString());
+        m_engine->SetChart(COLORCALIBRATION_STEP_ORIGINAL, convertQColorsToMatrix(values, false));
+        m_engine->Run(COLORCALIBRATION_STEP_WHITEBALANCE, COLORCALIBRATION_STEP_ORIGINAL);
+        m_engine->GetWhiteBalance(m_whiteBalance[0], m_whiteBalance[1], m_whiteBalance[2]);
+        m_cameraJustify->setWhiteBalance(m_whiteBalance[0], m_whiteBalance[1], m_whiteBalance[2]);
+        return true;
+    });
+}
+
+bool ColorCorrectionModelImpl::ExecuteCalibrationAndApply()
+{
+    Lock lock(m_mutex);
+    return guarded("ExecuteCalibrationAndApply", "Calibration failed.", false, [&] {
+        m_currentValues.clear();
+        StopGrab();
+        if (m_calibrationInput.size() != 24)
+            throw std::runtime_error(
+                QString("%1 of 24 patches measured").arg(m_calibrationInput.size()).toStdString());
+        m_engine->SetChart(COLORCALIBRATION_STEP_ORIGINAL, convertQColorsToMatrix(m_calibrationInput, false));
+        m_engine->Run();
+        m_engine->GetWhiteBalance(m_whiteBalance[0], m_whiteBalance[1], m_whiteBalance[2]);
+        m_cameraJustify->setWhiteBalance(m_whiteBalance[0], m_whiteBalance[1], m_whiteBalance[2]);
+        m_engine->GetMatrix(m_matrix);
+        m_cameraJustify->setMatrix(m_matrix);
+        m_engine->GetBc6x2(m_bc6x2);
+        m_cameraJustify->setBC6x2Op(m_bc6x2);
+        m_engine->GetGamma(m_gamma);
+        m_cameraJustify->setGamma(m_gamma, true);
+        const auto params = m_camera->getParameterCollection();
+        m_srgbGammaApplied = params && params->sfncVersion() < kSfnc2;
+        if (m_srgbGammaApplied)
+            m_cameraJustify->setSRGBGamma(true);
+        emit CalibrationFinished();
+        return true;
+    });
+}
+
+// ------------------------------------------------------------- preparation
+
+bool ColorCorrectionModelImpl::ActivateMonoImage()
+{
+    Lock lock(m_mutex);
+    return guarded("ActivateMonoImage", "Error: Failed to activate the mono image.", false, [&] {
+        m_cameraJustify->activateMonoImage();
+        return true;
+    });
+}
+
+bool ColorCorrectionModelImpl::DisableAutoFunctions()
+{
+    Lock lock(m_mutex);
+    return guarded("DisableAutoFunctions", "Error: Failed to disable the auto functions.", false, [&] {
+        m_cameraJustify->disableAutofunctions();
+        return true;
+    });
+}
+
+bool ColorCorrectionModelImpl::SetNeutralSettings()
+{
+    Lock lock(m_mutex);
+    return guarded("SetNeutralSettings", "Error: Set neutral camera settings failed.", false, [&] {
+        if (!isCameraOpen())
+            return false;
+        StopGrab();
+        m_cameraJustify->disableBlackLevel();
+        m_cameraJustify->disableGamma();
+        m_cameraJustify->disableMatrix();
+        m_cameraJustify->disableHSBC();
+        m_cameraJustify->disableLUT();
+        m_cameraJustify->disableBC6x2Op();
+        m_cameraJustify->disableWhiteBalance();
+        m_cameraJustify->disableDemosaicing();
+        m_cameraJustify->disableAutofunctions();
+        return true;
+    });
+}
+
+bool ColorCorrectionModelImpl::CreateSettingsBackup(bool flag)
+{
+    Lock lock(m_mutex);
+    return guarded("CreateSettingsBackup", "Error: Backup of camera settings failed.", false, [&] {
+        if (!isCameraOpen())
+            return false;
+        StopGrab();
+        m_cameraJustify->backupParameterCollection(flag);
+        return true;
+    });
+}
+
+bool ColorCorrectionModelImpl::RestoreSettingsBackup(bool flag)
+{
+    Lock lock(m_mutex);
+    return guarded("RestoreSettingsBackup", "Error: Restore of camera settings failed.", false, [&] {
+        if (!isCameraOpen())
+            return false;
+        StopGrab();
+        m_cameraJustify->restoreParameterCollection(flag);
+        return true;
+    });
+}
+
+bool ColorCorrectionModelImpl::LoadSettings(const QString& settings)
+{
+    Lock lock(m_mutex);
+    return guarded("LoadSettings", "Error: Load settings to camera failed.", false, [&] {
+        if (!isCameraOpen())
+            return false;
+        StopGrab();
+        m_cameraJustify->loadNodemapSettings(settings);
+        return true;
+    });
+}
+
+bool ColorCorrectionModelImpl::LoadSettings(const QFile& file)
+{
+    Lock lock(m_mutex);
+    QTextStream in(const_cast<QFile*>(&file));
+    return LoadSettings(in.readAll());
+}
+
+// --------------------------------------------------------- results and saving
+
+bool ColorCorrectionModelImpl::SaveSettingsToFilePath(const QString& path)
+{
+    Lock lock(m_mutex);
+    if (!isCameraOpen() || !m_result)
+        return false;
+    return m_result->SaveSettingsToFilePath(path);
+}
+
+bool ColorCorrectionModelImpl::SaveSummaryToFilePath(const QString& path)
+{
+    Lock lock(m_mutex);
+    if (!isCameraOpen() || !m_result)
+        return false;
+    const QJsonObject document = GetCalibrationsResultsJson();
+    return m_result->SaveSummaryToFilePath(path, m_initialImage.toQImage(), m_lastImage.toQImage(), document);
+}
+
+bool ColorCorrectionModelImpl::StoreSettingsInUserSet(const QString& userSet, bool flag)
+{
+    Lock lock(m_mutex);
+    return guarded("StoreSettingsInUserSet", "Store settings in UserSet failed.", false, [&] {
+        m_cameraJustify->setUserSet(userSet, flag, true);
+        return true;
+    });
+}
+
+QJsonObject ColorCorrectionModelImpl::GetAvailableUserSetsJson()
+{
+    Lock lock(m_mutex);
+    return guarded("GetAvailableUserSetsJson", "Get available usersets failed.", QJsonObject(), [&] {
+        if (!isCameraOpen())
+            return QJsonObject();
+        const auto selector = m_camera->getParameterCollection()->parameter(EnumParameterName("UserSetSelector"));
+        QJsonArray sets;
+        for (const QString& name : selector->symbolics()) {
+            const QVariantMap entry = selector->entry(name);
+            if (entry.isEmpty() || !name.contains("userset", Qt::CaseInsensitive))
+                continue;
+            sets.append(QJsonObject{{"userset", name}, {"DisplayName", entry.value("DisplayName").toString()}});
+        }
+        return QJsonObject{{"UserSets", sets}};
+    });
+}
+
+QJsonObject ColorCorrectionModelImpl::GetCalibrationsResultsJson()
+{
+    Lock lock(m_mutex);
+    if (!isCameraOpen())
+        return QJsonObject();
+    QVector<QColor> initial, target, current;
+    GetColorPatchInitialValues(initial);
+    GetColorPatchTargetValues(target);
+    GetColorPatchCurrentValues(current);
+
+    ColorChecker checker;
+    Original measured(&checker, 1.0);
+    QVector<QColor> padded = current;
+    padded.resize(24);  // a short measurement fills the unused rows with black
+    const dlib::matrix<double, 24, 3> currentChart = convertQColorsToMatrix(padded, true);
+    measured.SetInputChart(currentChart);
+    measured.SetOutputChart(currentChart);
+    measured.Run();
+
+    QJsonObject colors, precise;
+    for (int i = 0; i < current.size() && i < 24; ++i) {
+        const QColor in = i < initial.size() ? initial[i] : QColor();
+        const double dE = measured.GetError(i, false, false);
+        const double dC = measured.GetError(i, true, false);
+        QJsonObject p{{"Initial", createRgbFQString(in)},
+                      {"Target", createRgbFQString(target[i])},
+                      {"Current", createRgbFQString(current[i])},
+                      {"DeltaE", QString::number(dE, 'f', 6)},
+                      {"DeltaC", QString::number(dC, 'f', 6)}};
+        QJsonObject d{{"Initial", in.name()},
+                      {"Target", target[i].name()},
+                      {"Current", current[i].name()},
+                      {"DeltaE", QString::number(dE, 'f', 4)},
+                      {"DeltaC", QString::number(dC, 'f', 4)}};
+        colors.insert(patchKey(i), d);
+        precise.insert(patchKey(i), p);
+    }
+    StopGrab();
+    return guarded("GetCalibrationsResultsJson", "Error: Failed to read the camera settings.", QJsonObject(), [&] {
+        QString stored = m_cameraJustify->getStoredCameraSettings();
+        QString actual = m_cameraJustify->saveNodemapSettings();
+        m_result->SetStoredSettings(stored);
+        m_result->SetActualSettings(actual);
+        QJsonObject document = m_result->GetResultsJson();
+        document.insert("Colors", colors);
+        document.insert("PreciseColors", precise);
+        return document;
+    });
+}
+
+// ----------------------------------------------------------- grid persistence
+
+QString ColorCorrectionModelImpl::settingsGroup() const
+{
+    return QString("GridPosition %1").arg(m_cameraInfo ? m_cameraInfo->identifyingText() : QString());
+}
+
+void ColorCorrectionModelImpl::storeLastGridPosition()
+{
+    guarded("storeLastGridPosition", "Failed to store grid position.", false, [&] {
+        const auto params = m_camera ? m_camera->getParameterCollection() : nullptr;
+        if (!params)
+            return false;
+        const double w = params->parameter(IntegerParameterName("Width"))->value();
+        const double h = params->parameter(IntegerParameterName("Height"))->value();
+        if (w <= 0 || h <= 0)
+            return false;
+        const CTrapezoid grid = m_discriminator->getGridPosition();
+        QSettings settings;
+        settings.beginGroup("ColCalPlugin");
+        settings.beginGroup(settingsGroup());
+        auto fraction = [&](const QPoint& p) { return QPointF(p.x() / w, p.y() / h); };
+        settings.setValue("TopLeft", fraction(grid.getTopLeft()));
+        settings.setValue("TopRight", fraction(grid.getTopRight()));
+        settings.setValue("BottomRight", fraction(grid.getBottomRight()));
+        settings.setValue("BottomLeft", fraction(grid.getBottomLeft()));
+        return true;
+    });
+}
+
+void ColorCorrectionModelImpl::restoreLastGridPosition()
+{
+    guarded("restoreLastGridPosition", "Failed to restore old grid position.", false, [&] {
+        const auto params = m_camera->getParameterCollection();
+        const auto width = params->parameter(IntegerParameterName("Width"));
+        const auto height = params->parameter(IntegerParameterName("Height"));
+        if (!width->isReadable() || !height->isReadable())
+            throw Core::Exception::BaseException("Width or Height is not readable");
+        const double w = width->value(), h = height->value();
+        QSettings settings;
+        settings.beginGroup("ColCalPlugin");
+        settings.beginGroup(settingsGroup());
+        auto point = [&](const char* key, QPointF fallback) {
+            const QPointF f = settings.value(key, fallback).toPointF();
+            return QPoint(qRound(f.x() * w), qRound(f.y() * h));
+        };
+        CTrapezoid grid;
+        grid.setTopLeft(point("TopLeft", {0.1, 0.1}));
+        grid.setTopRight(point("TopRight", {0.9, 0.1}));
+        grid.setBottomRight(point("BottomRight", {0.9, 0.9}));
+        grid.setBottomLeft(point("BottomLeft", {0.1, 0.9}));
+        SetGridPositon(grid);
+        return true;
+    });
+}
+
+// ------------------------------------------------------------- conversions
+
+dlib::matrix<double, 24, 3> ColorCorrectionModelImpl::convertQColorsToMatrix(QVector<QColor>& colors,
+                                                                             bool linearise)
+{
+    const ColorSpace cs;
+    dlib::matrix<double, 24, 3> m = dlib::zeros_matrix<double>(24, 3);
+    for (int i = 0; i < 24 && i < colors.size(); ++i) {
+        dlib::matrix<double, 1, 3> row;
+        row = colors[i].redF() * 255.0, colors[i].greenF() * 255.0, colors[i].blueF() * 255.0;
+        if (linearise)
+            row = cs.sRGB_to_RGB(row);
+        dlib::set_rowm(m, i) = row;
+    }
+    return m;
+}
+
+QVector<QColor> ColorCorrectionModelImpl::convertMatrixToQColors(const dlib::matrix<double, 24, 3>& matrix,
+                                                                 bool toSRGB)
+{
+    const ColorSpace cs;
+    QVector<QColor> colors;
+    for (long i = 0; i < 24; ++i) {
+        dlib::matrix<double, 1, 3> row = dlib::rowm(matrix, i);
+        if (toSRGB)
+            row = cs.RGB_to_sRGB(row);
+        colors.append(QColor::fromRgbF(qBound(0.0, row(0) / 255.0, 1.0), qBound(0.0, row(1) / 255.0, 1.0),
+                                       qBound(0.0, row(2) / 255.0, 1.0), 1.0));
+    }
+    return colors;
+}
+
+QString ColorCorrectionModelImpl::createRgbFQString(const QColor& color)
+{
+    return QString("R: %1 G: %2 B: %3")
+        .arg(color.redF(), 0, 'f', 4)
+        .arg(color.greenF(), 0, 'f', 4)
+        .arg(color.blueF(), 0, 'f', 4);
+}

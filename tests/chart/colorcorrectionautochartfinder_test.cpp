@@ -1,0 +1,326 @@
+#include "colorcorrectionautochartfinder.h"
+#include "colorcorrectionautochartfinderimpl.h"
+
+#include <QImageReader>
+#include <QSignalSpy>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace {
+
+QImage photo(const char* name)
+{
+    QImageReader reader(QString(COLCAL_TESTDATA_DIR "/charts/") + name);
+    return reader.read();
+}
+
+struct ValidationRow {
+    const char* name;
+    QVector<QPoint> corners;  // top-left, top-right, bottom-left, bottom-right
+    bool valid;
+};
+
+class FinderValidation : public ::testing::TestWithParam<ValidationRow> {};
+
+TEST_P(FinderValidation, AppliesThePlausibilityRules)
+{
+    const ValidationRow& row = GetParam();
+    const ColorCorrectionAutoChartFinderResult r = ColorCorrectionAutoChartFinder::validate(row.corners, QSize(640, 480));
+    EXPECT_EQ(r.valid, row.valid) << row.name;
+    if (row.corners.size() == 4) {
+        // Corners are handed back in the order given, valid or not.
+        EXPECT_EQ(r.topLeft, row.corners[0]);
+        EXPECT_EQ(r.topRight, row.corners[1]);
+        EXPECT_EQ(r.bottomLeft, row.corners[2]);
+        EXPECT_EQ(r.bottomRight, row.corners[3]);
+    } else {
+        EXPECT_EQ(r.topLeft, QPoint(0, 0));
+        EXPECT_EQ(r.bottomRight, QPoint(0, 0));
+    }
+}
+
+const ValidationRow kValidationRows[] = {
+    {"upright", {{100, 100}, {400, 100}, {100, 300}, {400, 300}}, true},
+    {"on the border x = W, y = H", {{0, 0}, {640, 0}, {0, 480}, {640, 480}}, true},
+    {"right edge past W", {{100, 100}, {641, 100}, {100, 300}, {400, 300}}, false},
+    {"bottom-left y = 0", {{100, -20}, {400, 10}, {100, 0}, {400, 300}}, false},
+    {"bottom-left below H", {{100, 100}, {400, 100}, {100, 481}, {400, 300}}, false},
+    {"negative x", {{-1, 100}, {400, 100}, {100, 300}, {400, 300}}, false},
+    {"left and right swapped (mirror)", {{400, 100}, {100, 100}, {400, 300}, {100, 300}}, false},
+    {"top and bottom swapped (mirror)", {{100, 300}, {400, 300}, {100, 100}, {400, 100}}, false},
+    {"top-left right of top-right", {{500, 100}, {400, 100}, {100, 300}, {450, 300}}, false},
+    {"crossed bottom corners", {{100, 100}, {400, 100}, {400, 300}, {100, 300}}, false},
+    {"all corners equal", {{100, 100}, {100, 100}, {100, 100}, {100, 100}}, false},
+    // Chart turned by quarter turns: corners name the chart's own corners.
+    {"chart turned clockwise", {{400, 100}, {400, 400}, {200, 100}, {200, 400}}, true},
+    {"chart upside down", {{400, 300}, {100, 300}, {400, 100}, {100, 100}}, true},
+    {"chart turned anticlockwise", {{200, 400}, {200, 100}, {400, 400}, {400, 100}}, true},
+    {"turned clockwise and mirrored", {{200, 100}, {200, 400}, {400, 100}, {400, 400}}, false},
+    {"three corners", {{100, 100}, {400, 100}, {100, 300}}, false},
+    {"five corners", {{100, 100}, {400, 100}, {100, 300}, {400, 300}, {1, 1}}, false},
+    {"no corners", {}, false},
+};
+
+INSTANTIATE_TEST_SUITE_P(Rows, FinderValidation, ::testing::ValuesIn(kValidationRows));
+
+TEST(ColorCorrectionAutoChartFinder, UniformImageGivesNoValidResultAndEmitsOnce)
+{
+    qRegisterMetaType<ColorCorrectionAutoChartFinderResult>();
+    ColorCorrectionAutoChartFinder finder;
+    QSignalSpy spy(&finder, &ColorCorrectionAutoChartFinder::autoChartFinderFinished);
+    QImage uniform(1280, 720, QImage::Format_RGB32);
+    uniform.fill(QColor(128, 120, 110));
+    const ColorCorrectionAutoChartFinderResult r = finder.GetChartPosition(uniform);
+    EXPECT_FALSE(r.valid);
+    EXPECT_EQ(r.topLeft, QPoint(0, 0));
+    ASSERT_EQ(spy.count(), 1);
+    EXPECT_FALSE(spy.at(0).at(0).value<ColorCorrectionAutoChartFinderResult>().valid);
+}
+
+TEST(ColorCorrectionAutoChartFinder, NullAndTinyImagesGiveNoValidResult)
+{
+    ColorCorrectionAutoChartFinder finder;
+    EXPECT_FALSE(finder.GetChartPosition(QImage()).valid);
+    QImage tiny(3, 2, QImage::Format_RGB32);
+    tiny.fill(Qt::red);
+    EXPECT_FALSE(finder.GetChartPosition(tiny).valid);
+    QImage strip(2000, 8, QImage::Format_RGB32);
+    strip.fill(Qt::blue);
+    EXPECT_FALSE(finder.GetChartPosition(strip).valid);
+}
+
+TEST(ColorCorrectionAutoChartFinder, ImageWithoutChartGivesNoValidResult)
+{
+    ColorCorrectionAutoChartFinder finder;
+    EXPECT_FALSE(finder.GetChartPosition(photo("plantcv_negative_no_chart.jpg")).valid);
+}
+
+TEST(ColorCorrectionAutoChartFinder, InputTwiceTheWorkingWidthDoublesTheCorners)
+{
+    const QImage full = photo("pedrodiamel_handheld_sunlight.jpg");
+    ASSERT_FALSE(full.isNull());
+    const QImage working = full.scaled(640, 480, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    const QImage doubled = working.scaled(1280, 960, Qt::IgnoreAspectRatio, Qt::FastTransformation);
+    ColorCorrectionAutoChartFinder finder;
+    const ColorCorrectionAutoChartFinderResult a = finder.GetChartPosition(working);
+    const ColorCorrectionAutoChartFinderResult b = finder.GetChartPosition(doubled);
+    ASSERT_TRUE(a.valid);
+    ASSERT_TRUE(b.valid);
+    EXPECT_EQ(b.topLeft, a.topLeft * 2);
+    EXPECT_EQ(b.topRight, a.topRight * 2);
+    EXPECT_EQ(b.bottomLeft, a.bottomLeft * 2);
+    EXPECT_EQ(b.bottomRight, a.bottomRight * 2);
+}
+
+struct PhotoRow {
+    const char* file;
+    QPointF corners[4];  // expected grid corners, chart order
+    double tolerancePercent;  // of the grid diagonal
+};
+
+class FinderOnPhotos : public ::testing::TestWithParam<PhotoRow> {};
+
+TEST_P(FinderOnPhotos, FindsTheGridInChartOrder)
+{
+    const PhotoRow& row = GetParam();
+    ColorCorrectionAutoChartFinder finder;
+    const ColorCorrectionAutoChartFinderResult r = finder.GetChartPosition(photo(row.file));
+    ASSERT_TRUE(r.valid) << row.file;
+    const double diagonal = std::hypot(row.corners[3].x() - row.corners[0].x(), row.corners[3].y() - row.corners[0].y());
+    const QPoint found[4] = {r.topLeft, r.topRight, r.bottomLeft, r.bottomRight};
+    for (int i = 0; i < 4; ++i)
+        EXPECT_LE(std::hypot(found[i].x() - row.corners[i].x(), found[i].y() - row.corners[i].y()),
+                  row.tolerancePercent / 100.0 * diagonal)
+            << row.file << " corner " << i << " found (" << found[i].x() << ", " << found[i].y() << ")";
+}
+
+// The chamber photo's corners come from its chip annotation (patch centres on
+// a 21 px pitch pushed out by half a pitch); the others were read off the
+// photographs by hand. Charts turned clockwise or anticlockwise keep the
+// chart's own corner order: top-left is the corner at "dark skin".
+const PhotoRow kPhotoRows[] = {
+    {"plantcv_chamber_rot90cw_target.png", {{244, 159}, {244, 285}, {160, 159}, {160, 285}}, 9.0},
+    {"pedrodiamel_handheld_sunlight.jpg", {{236, 283}, {532, 278}, {232, 473}, {532, 467}}, 4.0},
+};
+
+INSTANTIATE_TEST_SUITE_P(Rows, FinderOnPhotos, ::testing::ValuesIn(kPhotoRows));
+
+TEST(ColorCorrectionAutoChartFinderImpl, BoxFilterLiftsFlatAreasByTwelveEleventhsPerPass)
+{
+    ColorCorrectionAutoChartFinderImpl impl;
+    QImage flat(40, 30, QImage::Format_RGB32);
+    flat.fill(QColor(200, 100, 50));
+    const QImage out = impl.boxFilter(flat, 5);
+    ASSERT_EQ(out.format(), QImage::Format_ARGB32);
+    // 200 -> 218 after the column pass (8-bit intermediate), -> 238 after the row pass.
+    EXPECT_EQ(out.pixelColor(0, 0), QColor(238, 119, 60));
+    EXPECT_EQ(out.pixelColor(39, 29), QColor(238, 119, 60));
+    EXPECT_EQ(out.pixelColor(20, 15), QColor(238, 119, 60));
+
+    QImage bright(30, 30, QImage::Format_RGB32);
+    bright.fill(QColor(250, 250, 250));
+    EXPECT_EQ(impl.boxFilter(bright, 5).pixelColor(15, 15), QColor(255, 255, 255));
+}
+
+TEST(ColorCorrectionAutoChartFinderImpl, BoxFilterSpreadsAnEdgeOverTheWindow)
+{
+    ColorCorrectionAutoChartFinderImpl impl;
+    QImage step(40, 4, QImage::Format_RGB32);
+    for (int y = 0; y < 4; ++y)
+        for (int x = 0; x < 40; ++x)
+            step.setPixelColor(x, y, x < 20 ? QColor(0, 0, 0) : QColor(100, 100, 100));
+    const QImage blurred = impl.boxFilter(step, 5);
+    // The window reaches five pixels each way (the extra seed sample, at x = 5, is dark).
+    EXPECT_EQ(blurred.pixelColor(14, 2).red(), 0);
+    EXPECT_GT(blurred.pixelColor(15, 2).red(), 0);
+    for (int x = 14; x < 26; ++x)
+        EXPECT_GE(blurred.pixelColor(x + 1, 2).red(), blurred.pixelColor(x, 2).red()) << x;
+    EXPECT_EQ(blurred.pixelColor(30, 2).red(), blurred.pixelColor(39, 2).red());
+    EXPECT_EQ(impl.boxFilter(QImage(), 5).isNull(), true);
+}
+
+TEST(ColorCorrectionAutoChartFinderImpl, KillAllChannelButKeepsOneChannel)
+{
+    ColorCorrectionAutoChartFinderImpl impl;
+    QImage img(2, 2, QImage::Format_RGB32);
+    img.fill(QColor(200, 100, 50));
+    EXPECT_EQ(impl.killAllChannelBut(QColor(1, 0, 0, 255), img).pixelColor(1, 1), QColor(200, 0, 0));
+    EXPECT_EQ(impl.killAllChannelBut(QColor(0, 1, 0, 255), img).pixelColor(1, 1), QColor(0, 100, 0));
+    EXPECT_EQ(impl.killAllChannelBut(QColor(0, 0, 1, 255), img).pixelColor(1, 1), QColor(0, 0, 50));
+}
+
+TEST(ColorCorrectionAutoChartFinderImpl, DivideQImageGivesChannelSumRatios)
+{
+    ColorCorrectionAutoChartFinderImpl impl;
+    QImage num(3, 2, QImage::Format_ARGB32), den(3, 2, QImage::Format_ARGB32);
+    num.fill(QColor(100, 50, 0));
+    den.fill(QColor(0, 75, 0));
+    den.setPixelColor(2, 1, QColor(0, 0, 0));
+    const auto m = impl.divideQImage(num, den);
+    ASSERT_EQ(m.nr(), 3);  // indexed [x][y]
+    ASSERT_EQ(m.nc(), 2);
+    EXPECT_FLOAT_EQ(m(0, 0), 2.0f);
+    EXPECT_FLOAT_EQ(m(2, 1), 1.0f);  // zero denominator
+
+    const auto mismatch = impl.divideQImage(num, QImage(3, 3, QImage::Format_ARGB32));
+    ASSERT_EQ(mismatch.nr(), 1);
+    ASSERT_EQ(mismatch.nc(), 1);
+    EXPECT_FLOAT_EQ(mismatch(0, 0), 0.0f);
+    const auto otherFormat = impl.divideQImage(num, den.convertToFormat(QImage::Format_RGB32));
+    EXPECT_EQ(otherFormat.size(), 1);
+}
+
+TEST(ColorCorrectionAutoChartFinderImpl, ReverseWeightedSumWeighsTheFirstPixelMost)
+{
+    ColorCorrectionAutoChartFinderImpl impl;
+    QImage img(10, 10, QImage::Format_ARGB32);
+    img.fill(Qt::black);
+    img.setPixelColor(5, 5, QColor(0, 255, 0));
+    img.setPixelColor(6, 5, QColor(0, 51, 0));
+    // count 3 from (5,5) to the right: 1.0 * 3 + 0.2 * 2 + 0 * 1
+    EXPECT_NEAR(impl.reverseWeightedSum(img, QPoint(5, 5), 0, 1, 3), 3.4f, 1e-5);
+    EXPECT_NEAR(impl.reverseWeightedSum(img, QPoint(5, 5), 0, -1, 3), 3.0f, 1e-5);
+    EXPECT_EQ(impl.reverseWeightedSum(img, QPoint(5, 5), 0, 1, 0), 0.0f);
+}
+
+TEST(ColorCorrectionAutoChartFinderImpl, FindPatchCenterClimbsOnePixelPerRound)
+{
+    ColorCorrectionAutoChartFinderImpl impl;
+    // A green pyramid peaking at (30, 20).
+    QImage img(60, 40, QImage::Format_ARGB32);
+    for (int y = 0; y < 40; ++y)
+        for (int x = 0; x < 60; ++x)
+            img.setPixelColor(x, y, QColor(0, std::max(0, 200 - 6 * (std::abs(x - 30) + std::abs(y - 20))), 0));
+    EXPECT_EQ(impl.findPatchCenter(img, QPoint(26, 23), 10.0, 1, 1), QPoint(30, 20));
+    // Radii 1..3 give two moving rounds (radius 1 compares a pixel with itself).
+    EXPECT_EQ(impl.findPatchCenter(img, QPoint(26, 23), 3.0, 1, 1), QPoint(28, 21));
+    // Direction -1 walks downhill.
+    EXPECT_EQ(impl.findPatchCenter(img, QPoint(26, 23), 3.0, -1, 1), QPoint(24, 25));
+}
+
+TEST(ColorCorrectionAutoChartFinderImpl, BuildPatchMatrixHoldsTheModelTerms)
+{
+    ColorCorrectionAutoChartFinderImpl impl;
+    const auto affine = impl.buildPatchMatrix({QPoint(2, 3), QPoint(0, 1)}, false);
+    ASSERT_EQ(affine.nr(), 2);
+    ASSERT_EQ(affine.nc(), 3);
+    EXPECT_FLOAT_EQ(affine(0, 0), 1.0f);
+    EXPECT_FLOAT_EQ(affine(0, 1), 2.0f);
+    EXPECT_FLOAT_EQ(affine(0, 2), 3.0f);
+    const auto quadratic = impl.buildPatchMatrix({QPoint(2, 3)}, true);
+    ASSERT_EQ(quadratic.nc(), 6);
+    EXPECT_FLOAT_EQ(quadratic(0, 3), 6.0f);
+    EXPECT_FLOAT_EQ(quadratic(0, 4), 4.0f);
+    EXPECT_FLOAT_EQ(quadratic(0, 5), 9.0f);
+}
+
+QVector<QPoint> lattice(QPointF origin, QPointF alongRow, QPointF alongColumn)
+{
+    QVector<QPoint> c;
+    for (int r = 0; r < 4; ++r)
+        for (int k = 0; k < 6; ++k)
+            c << (origin + k * alongRow + r * alongColumn).toPoint();
+    return c;
+}
+
+TEST(ColorCorrectionAutoChartFinderImpl, CornersOfAnUprightGridUseHalfTheNeighbourGaps)
+{
+    ColorCorrectionAutoChartFinderImpl impl;
+    const QVector<QPoint> c = lattice(QPointF(115, 215), QPointF(31, 0), QPointF(0, 27));
+    const QVector<QPoint> corners = impl.getColorCheckerCorners(c);
+    ASSERT_EQ(corners.size(), 4);
+    // The half-gap rule coordinate by coordinate, truncated toward zero.
+    auto tl = QPoint(int(c[0].x() - impl.calculateHGap(c[0], c[1]) * 0.5), int(c[0].y() - impl.calculateVGap(c[0], c[6]) * 0.5));
+    auto tr = QPoint(int(c[5].x() + impl.calculateHGap(c[5], c[4]) * 0.5), int(c[5].y() - impl.calculateVGap(c[5], c[11]) * 0.5));
+    auto bl = QPoint(int(c[18].x() - impl.calculateHGap(c[18], c[19]) * 0.5), int(c[18].y() + impl.calculateVGap(c[18], c[12]) * 0.5));
+    auto br = QPoint(int(c[23].x() + impl.calculateHGap(c[23], c[22]) * 0.5), int(c[23].y() + impl.calculateVGap(c[23], c[17]) * 0.5));
+    EXPECT_EQ(corners[0], tl);
+    EXPECT_EQ(corners[1], tr);
+    EXPECT_EQ(corners[2], bl);
+    EXPECT_EQ(corners[3], br);
+    EXPECT_EQ(corners[0], QPoint(99, 201));  // 115 - 15.5 and 215 - 13.5, truncated
+}
+
+TEST(ColorCorrectionAutoChartFinderImpl, CornersFollowATurnedGrid)
+{
+    ColorCorrectionAutoChartFinderImpl impl;
+    // Turned clockwise: rows run down the image, columns run left.
+    const QVector<QPoint> c = lattice(QPointF(300, 100), QPointF(0, 40), QPointF(-40, 0));
+    const QVector<QPoint> corners = impl.getColorCheckerCorners(c);
+    ASSERT_EQ(corners.size(), 4);
+    EXPECT_EQ(corners[0], QPoint(320, 80));   // beyond dark skin: right of it and above
+    EXPECT_EQ(corners[1], QPoint(320, 320));
+    EXPECT_EQ(corners[2], QPoint(160, 80));
+    EXPECT_EQ(corners[3], QPoint(160, 320));
+    EXPECT_TRUE(ColorCorrectionAutoChartFinder::validate(corners, QSize(640, 480)).valid);
+    EXPECT_TRUE(impl.getColorCheckerCorners(c.mid(0, 23)).isEmpty());
+}
+
+TEST(ColorCorrectionAutoChartFinderImpl, CheckErrorClampsIntoRange)
+{
+    ColorCorrectionAutoChartFinderImpl impl;
+    float v = 700.5f;
+    impl.checkError(v, 0.0f, 640);
+    EXPECT_FLOAT_EQ(v, 640.0f);
+    v = -3.0f;
+    impl.checkError(v, 0.0f, 640);
+    EXPECT_FLOAT_EQ(v, 0.0f);
+    v = 12.25f;
+    impl.checkError(v, 0.0f, 640);
+    EXPECT_FLOAT_EQ(v, 12.25f);
+    EXPECT_EQ(impl.calculateHGap(QPoint(3, 9), QPoint(10, 1)), 7);
+    EXPECT_EQ(impl.calculateVGap(QPoint(3, 9), QPoint(10, 1)), 8);
+}
+
+TEST(ColorCorrectionAutoChartFinderImpl, FewerThanFourCentresGiveNoGrid)
+{
+    ColorCorrectionAutoChartFinderImpl impl;
+    QImage img(640, 480, QImage::Format_ARGB32);
+    img.fill(Qt::gray);
+    EXPECT_TRUE(impl.getAllPatchCenter(img, {QPoint(1, 1), QPoint(5, 5), QPoint(9, 9)}).isEmpty());
+    EXPECT_TRUE(impl.getInitialRegressionPatches(img).isEmpty());
+}
+
+}  // namespace

@@ -1,0 +1,359 @@
+#include "colorcorrectionmodel.h"
+#include "colorcorrectionmodelimpl.h"
+
+#include "chartprojection.h"
+#include "emulatedcamera.h"
+#include "emulatortransportlayer.h"
+
+#include "camerapool/camerapool.h"
+#include "camerapool/icamera.h"
+#include "camerapool/icameracontrolservice.h"
+#include "camerapool/icamerainfo.h"
+#include "camerapool/icamerastatusservice.h"
+#include "genicam/featurepersistence.h"
+#include "genicam/nodemap.h"
+#include "kalto/transportlayerregistry.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QJsonArray>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QElapsedTimer>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include <cmath>
+#include <memory>
+
+namespace {
+
+QCoreApplication* app()
+{
+    static int argc = 1;
+    static char name[] = "test_session";
+    static char* argv[] = {name, nullptr};
+    static QCoreApplication* instance = QCoreApplication::instance() ? nullptr : new QCoreApplication(argc, argv);
+    return instance;
+}
+
+// Warnings the session logs, in order.
+QStringList g_log;
+void captureLog(QtMsgType type, const QMessageLogContext&, const QString& message)
+{
+    if (type == QtWarningMsg)
+        g_log << message;
+}
+
+/// An emulated camera behind a camera pool, with the session's services, its
+/// flash and the viewer's settings in a temporary folder.
+class SessionRig {
+public:
+    explicit SessionRig(const std::string& id, int width = 480, int height = 300) : m_id(id)
+    {
+        app();
+        qputenv("XDG_DATA_HOME", m_dir.path().toUtf8());
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_dir.filePath("config"));
+        m_registry.add(m_layer);
+        pool = std::make_unique<Plugin::CameraPool::CameraPool>(m_registry);
+        info = pool->cameraInfo(QString::fromStdString(id));
+        device = m_layer->camera(id);
+        resize(width, height);
+        for (const auto& s : pool->services()) {
+            if (auto c = s.objectCast<Plugin::CameraPool::ICameraControlService>())
+                control = c;
+            if (auto st = s.objectCast<Plugin::CameraPool::ICameraStatusService>())
+                status = st;
+        }
+        model.injectCameraControlService(control);
+        model.injectCameraStatusService(status);
+    }
+
+    void resize(int width, int height)
+    {
+        device->nodeMap().setInteger("Width", width);
+        device->nodeMap().setInteger("Height", height);
+        m_width = width;
+        m_height = height;
+    }
+
+    /// Where the emulated chart's patches lie in the image.
+    CTrapezoid grid() const
+    {
+        const ChartProjection::Quad q = ChartProjection(device->sceneGeometry(), m_width, m_height).grid();
+        auto pt = [](const ChartProjection::Point& p) { return QPoint(int(std::lround(p[0])), int(std::lround(p[1]))); };
+        return CTrapezoid(pt(q[0]), pt(q[1]), pt(q[3]), pt(q[2]));
+    }
+
+    QString settingsText() { return QString::fromStdString(Kalto::CFeaturePersistence::Save(device->nodeMap())); }
+
+    bool sfnc2() const { return device->model().generation == CameraModel::Generation::Sfnc2; }
+
+    QTemporaryDir m_dir;
+    std::string m_id;
+    Kalto::CTransportLayerRegistry m_registry;
+    std::shared_ptr<EmulatorTransportLayer> m_layer = std::make_shared<EmulatorTransportLayer>();
+    std::unique_ptr<Plugin::CameraPool::CameraPool> pool;
+    QSharedPointer<Plugin::CameraPool::ICameraInfo> info;
+    std::shared_ptr<EmulatedCamera> device;
+    QSharedPointer<Plugin::CameraPool::ICameraControlService> control;
+    QSharedPointer<Plugin::CameraPool::ICameraStatusService> status;
+    ColorCorrectionModel model;
+    int m_width = 0;
+    int m_height = 0;
+};
+
+/// The wizard's forward path (steps 1 to 3) as the session drives it.
+struct CalibrationRun {
+    QVector<QColor> before;
+    QJsonObject document;
+};
+
+bool calibrate(SessionRig& rig, CalibrationRun& run)
+{
+    ColorCorrectionModel& m = rig.model;
+    QImage live;
+    for (int i = 0; i < 3 && !m.GrabImage(live, true); ++i) {
+    }
+    m.SetGridPositon(rig.grid());
+    if (!(m.CreateSettingsBackup(false) && m.CreateSettingsBackup(true) && m.SetNeutralSettings() &&
+          m.ExecuteWhitebalance() && m.ActivateMonoImage() && m.DisableAutoFunctions()))
+        return false;
+    QSignalSpy finished(&m, &ColorCorrectionModel::AutoAdjustGray80PercentPatchFinished);
+    if (!m.AutoAdjustGray80PercentPatch() || !finished.wait(60000))
+        return false;
+    if (!(m.StoreDetectedExposureAndGain() && m.RestoreSettingsBackup(true) && m.RestoreDetectedExposureAndGain() &&
+          m.ApplyInitialCameraImageAndPatchValues() && m.SetNeutralSettings() && m.RestoreDetectedExposureAndGain() &&
+          m.ApplyInitialColorPatchValues()))
+        return false;
+    m.GetColorPatchValues(run.before, false);
+    if (!m.ExecuteCalibrationAndApply())
+        return false;
+    QVector<QColor> after;
+    m.GetColorPatchValues(after, true);
+    run.document = m.GetCalibrationsResultsJson();
+    return run.before.size() == 24 && after.size() == 24;
+}
+
+double meanOf(const QJsonObject& colors, const char* key)
+{
+    double sum = 0;
+    for (const auto& patch : colors)
+        sum += patch.toObject().value(key).toString().toDouble();
+    return colors.isEmpty() ? -1.0 : sum / colors.size();
+}
+
+class SessionTest : public ::testing::TestWithParam<const char*> {};
+
+TEST_P(SessionTest, WholeCalibrationReachesTheGoalAndCancelRestoresTheCamera)
+{
+    SessionRig rig(GetParam());
+    const QString untouched = rig.settingsText();
+    ASSERT_TRUE(rig.model.Open(rig.info));
+    const QString opened = rig.settingsText();  // opening switches a test image off, nothing else
+
+    CalibrationRun run;
+    ASSERT_TRUE(calibrate(rig, run));
+    const QJsonObject colors = run.document.value("Colors").toObject();
+    ASSERT_EQ(colors.size(), 24);
+    const double after = meanOf(run.document.value("PreciseColors").toObject(), "DeltaE");
+    std::printf("%s: mean dE00 after calibration %.3f\n", GetParam(), after);
+    EXPECT_LE(after, 3.0);
+
+    // The document: zero-padded keys, hex colours, 4 and 6 decimals.
+    EXPECT_EQ(colors.keys().first(), "Patch01");
+    EXPECT_EQ(colors.keys().last(), "Patch24");
+    const QJsonObject p9 = colors.value("Patch09").toObject();
+    EXPECT_TRUE(QRegularExpression("^#[0-9a-f]{6}$").match(p9.value("Current").toString()).hasMatch());
+    EXPECT_TRUE(QRegularExpression("^\\d+\\.\\d{4}$").match(p9.value("DeltaE").toString()).hasMatch());
+    const QJsonObject q9 = run.document.value("PreciseColors").toObject().value("Patch09").toObject();
+    EXPECT_TRUE(QRegularExpression("^R: [01]\\.\\d{4} G: [01]\\.\\d{4} B: [01]\\.\\d{4}$")
+                    .match(q9.value("Initial").toString()).hasMatch());
+    EXPECT_TRUE(QRegularExpression("^\\d+\\.\\d{6}$").match(q9.value("DeltaC").toString()).hasMatch());
+    EXPECT_FALSE(run.document.value("Calibrated").toObject().value("Gamma").isNull());
+
+    // Cancel: the settings from before the backup come back byte for byte.
+    ASSERT_TRUE(rig.model.RestoreSettingsBackup(false));
+    EXPECT_EQ(rig.settingsText(), opened);
+    ASSERT_TRUE(rig.model.Close());
+    EXPECT_NE(untouched.size(), 0);
+}
+
+TEST_P(SessionTest, DisconnectDuringCalibrationFailsCleanly)
+{
+    SessionRig rig(GetParam());
+    ASSERT_TRUE(rig.model.Open(rig.info));
+    QImage live;
+    rig.model.GrabImage(live, true);
+    rig.model.SetGridPositon(rig.grid());
+    ASSERT_TRUE(rig.model.CreateSettingsBackup(false));
+    ASSERT_TRUE(rig.model.SetNeutralSettings());
+    ASSERT_TRUE(rig.model.ApplyInitialColorPatchValues());
+    QSignalSpy removed(&rig.model, &ColorCorrectionModel::cameraRemoved);
+    rig.device->disconnect();
+    QElapsedTimer clock;
+    clock.start();
+    g_log.clear();
+    auto previous = qInstallMessageHandler(captureLog);
+    EXPECT_FALSE(rig.model.ExecuteCalibrationAndApply());
+    QImage image;
+    EXPECT_FALSE(rig.model.GrabImage(image, true));
+    EXPECT_FALSE(rig.model.RestoreSettingsBackup(false));
+    qInstallMessageHandler(previous);
+    EXPECT_LT(clock.elapsed(), 6000);
+    EXPECT_TRUE(removed.count() > 0 || removed.wait(2000));
+    ASSERT_FALSE(g_log.isEmpty());
+    EXPECT_TRUE(g_log.first().endsWith(";Calibration failed.")) << g_log.first().toStdString();
+    EXPECT_TRUE(g_log.value(1).contains(";ExecuteCalibrationAndApply: ")) << g_log.value(1).toStdString();
+    EXPECT_TRUE(rig.model.Close());
+}
+
+INSTANTIATE_TEST_SUITE_P(EmulatedCameras, SessionTest, ::testing::Values("emu-cmed-0", "emu-custom-1"),
+                         [](const ::testing::TestParamInfo<const char*>& info) {
+                             return std::string(info.param) == "emu-cmed-0" ? "Sfnc2" : "Sfnc1";
+                         });
+
+TEST(Session, ClosedSessionAnswersWithoutTouchingTheCamera)
+{
+    SessionRig rig("emu-cmed-0");
+    const QString before = rig.settingsText();
+    for (int round = 0; round < 2; ++round) {
+        ColorCorrectionModel& m = rig.model;
+        QImage image;
+        double lo = 0, v = 0, hi = 0;
+        QVector<QColor> values;
+        EXPECT_FALSE(m.GrabImage(image, true));
+        EXPECT_EQ(m.GetExposureTimeValue(), -1.0);
+        EXPECT_EQ(m.GetGainValue(), -1.0);
+        EXPECT_FALSE(m.GetExposureTimeRange(lo, v, hi));
+        EXPECT_FALSE(m.SetGainValue(3.0));
+        EXPECT_EQ(m.GetColorPatchValues(values, true), 0);
+        EXPECT_FALSE(m.SetNeutralSettings());
+        EXPECT_FALSE(m.CreateSettingsBackup(false));
+        EXPECT_FALSE(m.RestoreSettingsBackup(false));
+        EXPECT_FALSE(m.LoadSettings(QString("Gamma\t1\n")));
+        EXPECT_FALSE(m.SaveSettingsToFilePath(rig.m_dir.filePath("out")));
+        EXPECT_TRUE(m.GetCalibrationsResultsJson().isEmpty());
+        EXPECT_TRUE(m.GetAvailableUserSetsJson().isEmpty());
+        EXPECT_FALSE(m.RestoreDetectedExposureAndGain());
+        if (round == 0) {  // then the same after an open and a close
+            ASSERT_TRUE(m.Open(rig.info));
+            ASSERT_TRUE(m.Close());
+        }
+    }
+    EXPECT_FALSE(QDir(rig.m_dir.filePath("out")).exists());
+    // Opening switched the test image off; nothing else changed.
+    EXPECT_EQ(rig.settingsText(), before);
+}
+
+TEST(Session, OpenWithoutExclusiveAccessSharesTheCamera)
+{
+    SessionRig rig("emu-cmed-0");
+    const auto other = rig.pool->open(rig.info, false);  // someone else holds it
+    ASSERT_TRUE(other);
+    ASSERT_FALSE(rig.status->canGetExclusiveAccess(rig.info));
+    g_log.clear();
+    auto previous = qInstallMessageHandler(captureLog);
+    ASSERT_TRUE(rig.model.Open(rig.info));
+    EXPECT_GT(rig.model.GetExposureTimeValue(), 0.0);
+    ASSERT_TRUE(rig.model.Close());
+    // The session gave back its own hold only.
+    EXPECT_TRUE(rig.pool->isCameraOpen(rig.info));
+    rig.pool->release(other);
+
+    // A camera that cannot be opened: false, and nothing logged.
+    rig.device->disconnect();
+    EXPECT_FALSE(rig.model.Open(rig.info));
+    qInstallMessageHandler(previous);
+    EXPECT_TRUE(g_log.isEmpty()) << g_log.join(" | ").toStdString();
+}
+
+TEST(Session, GainRawIsScaledByAHundred)
+{
+    SessionRig rig("emu-custom-1");
+    ASSERT_TRUE(rig.model.Open(rig.info));
+    rig.device->nodeMap().setEnum("GainAuto", "Off");
+    QSignalSpy changed(&rig.model, &ColorCorrectionModel::GainValueChanged);
+    ASSERT_TRUE(rig.model.SetGainValue(2.5));
+    EXPECT_EQ(rig.device->nodeMap().getInteger("GainRaw"), 250);
+    EXPECT_DOUBLE_EQ(rig.model.GetGainValue(), 2.5);
+    double lo, v, hi;
+    ASSERT_TRUE(rig.model.GetGainRange(lo, v, hi));
+    EXPECT_DOUBLE_EQ(v, 2.5);
+    EXPECT_DOUBLE_EQ(hi, rig.device->nodeMap().integerMax("GainRaw") / 100.0);
+    // The change notification multiplies instead.
+    ASSERT_TRUE(changed.count() > 0 || changed.wait(2000));
+    EXPECT_DOUBLE_EQ(changed.last().at(0).toDouble(), 25000.0);
+    rig.model.Close();
+}
+
+TEST(Session, StoredGridFollowsTheImageSize)
+{
+    SessionRig rig("emu-cmed-0", 960, 600);
+    ASSERT_TRUE(rig.model.Open(rig.info));
+    // Nothing stored yet: 10 % to 90 % of the image.
+    EXPECT_EQ(rig.model.GetGridPosition().getTopLeft(), QPoint(96, 60));
+    EXPECT_EQ(rig.model.GetGridPosition().getBottomRight(), QPoint(864, 540));
+    rig.model.SetGridPositon(CTrapezoid(QPoint(100, 50), QPoint(700, 60), QPoint(110, 500), QPoint(690, 510)));
+    ASSERT_TRUE(rig.model.Close());
+
+    rig.resize(480, 300);
+    ASSERT_TRUE(rig.model.Open(rig.info));
+    const CTrapezoid g = rig.model.GetGridPosition();
+    EXPECT_EQ(g.getTopLeft(), QPoint(50, 25));
+    EXPECT_EQ(g.getTopRight(), QPoint(350, 30));
+    EXPECT_EQ(g.getBottomLeft(), QPoint(55, 250));
+    EXPECT_EQ(g.getBottomRight(), QPoint(345, 255));
+    rig.model.Close();
+    QSettings settings;
+    EXPECT_TRUE(settings.childGroups().contains("ColCalPlugin"));
+}
+
+TEST(Session, UserSetListLeavesOutTheDefaultSet)
+{
+    SessionRig rig("emu-cmed-0");
+    ASSERT_TRUE(rig.model.Open(rig.info));
+    const QJsonArray sets = rig.model.GetAvailableUserSetsJson().value("UserSets").toArray();
+    ASSERT_EQ(sets.size(), 3);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(sets[i].toObject().value("userset").toString(), QString("UserSet%1").arg(i + 1));
+        EXPECT_FALSE(sets[i].toObject().value("DisplayName").toString().isEmpty());
+    }
+    ASSERT_TRUE(rig.model.StoreSettingsInUserSet("UserSet2", true));
+    EXPECT_EQ(rig.device->nodeMap().getEnum("UserSetDefault"), "UserSet2");
+    rig.model.Close();
+}
+
+TEST(Session, FailedOperationLogsItsTextAndTheReason)
+{
+    SessionRig rig("emu-cmed-0");
+    ASSERT_TRUE(rig.model.Open(rig.info));
+    rig.model.SetGridPositon(CTrapezoid(QPoint(0, 0), QPoint(2, 0), QPoint(0, 2), QPoint(2, 2)));  // no patch fits
+    g_log.clear();
+    auto previous = qInstallMessageHandler(captureLog);
+    EXPECT_FALSE(rig.model.ExecuteWhitebalance());
+    qInstallMessageHandler(previous);
+    ASSERT_EQ(g_log.size(), 2) << g_log.join(" | ").toStdString();
+    EXPECT_TRUE(g_log[0].startsWith("@{") && g_log[0].endsWith("};Whitebalance failed!")) << g_log[0].toStdString();
+    EXPECT_TRUE(g_log[1].endsWith(";ExecuteWhitebalance: 0 of 24 patches measured")) << g_log[1].toStdString();
+    rig.model.Close();
+}
+
+TEST(Session, ColourConversionsRoundTrip)
+{
+    QVector<QColor> colours;
+    for (int i = 0; i < 24; ++i)
+        colours << QColor::fromRgbF(i / 23.0, 1.0 - i / 23.0, 0.5, 1.0);
+    const auto linear = ColorCorrectionModelImpl::convertQColorsToMatrix(colours, true);
+    const QVector<QColor> back = ColorCorrectionModelImpl::convertMatrixToQColors(linear, true);
+    for (int i = 0; i < 24; ++i) {
+        EXPECT_NEAR(back[i].redF(), colours[i].redF(), 1e-4);
+        EXPECT_NEAR(back[i].greenF(), colours[i].greenF(), 1e-4);
+    }
+    EXPECT_EQ(ColorCorrectionModelImpl::createRgbFQString(Qt::white), "R: 1.0000 G: 1.0000 B: 1.0000");
+    EXPECT_NEAR(ColorCorrectionModelImpl::convertQColorsToMatrix(colours, false)(23, 0), 255.0, 1e-9);
+}
+
+}  // namespace

@@ -1,0 +1,82 @@
+#include "cli.h"
+#include "commands.h"
+#include "emulatedcameras.h"
+
+#include "genicam/featurepersistence.h"
+#include "genicam/nodemap.h"
+#include "kalto/idevice.h"
+
+#include <QFile>
+#include <QSaveFile>
+
+namespace {
+
+// A settings file is text of a few kilobytes; anything far larger is not one.
+constexpr qint64 kMaxSettingsBytes = 256 * 1024 * 1024;
+
+int save(const std::shared_ptr<Kalto::IDevice>& device, const QString& path, bool json)
+{
+    const std::string text = Kalto::CFeaturePersistence::Save(device->nodeMap());
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(text.data(), static_cast<qint64>(text.size())) < 0 ||
+        !file.commit())
+        throw cli::Error(QString("cannot write %1: %2").arg(path, file.errorString()), cli::Failed);
+    if (json)
+        cli::printJson({{"file", path}, {"bytes", static_cast<qint64>(text.size())}});
+    else
+        cli::print(QString("settings written to %1\n").arg(path));
+    return cli::Ok;
+}
+
+int load(const std::shared_ptr<Kalto::IDevice>& device, const QString& path, const QString& userSet, bool json)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw cli::Error(QString("cannot read %1: %2").arg(path, file.errorString()), cli::BadInput);
+    if (file.size() > kMaxSettingsBytes)
+        throw cli::Error(QString("%1: %2 bytes is too large for a settings file").arg(path).arg(file.size()), cli::BadInput);
+    const QByteArray text = file.readAll();
+    Kalto::CNodeMap& map = device->nodeMap();
+    const Kalto::SLoadReport report =
+        Kalto::CFeaturePersistence::Load(map, std::string_view(text.constData(), static_cast<size_t>(text.size())));
+    for (const auto& r : report.rejected)
+        std::fprintf(stderr, "%s:%zu: %s%s%s\n", qPrintable(path), r.lineNumber, r.feature.c_str(),
+                     r.feature.empty() ? "" : ": ", r.reason.c_str());
+    if (report.rejectedCount > report.rejected.size())
+        std::fprintf(stderr, "%s: %zu more lines rejected\n", qPrintable(path),
+                     report.rejectedCount - report.rejected.size());
+    if (!userSet.isEmpty()) {
+        // The emulated camera forgets its live settings when the tool exits;
+        // a user set keeps them.
+        map.setEnum("UserSetSelector", userSet.toStdString());
+        map.execute("UserSetSave");
+    }
+    if (json)
+        cli::printJson({{"file", path}, {"applied", static_cast<qint64>(report.appliedLines)},
+                        {"rejected", static_cast<qint64>(report.rejectedCount)}});
+    else
+        cli::print(QString("%1 lines applied, %2 rejected\n").arg(report.appliedLines).arg(report.rejectedCount));
+    return report.ok() ? cli::Ok : cli::Failed;
+}
+
+}  // namespace
+
+int runSettings(const QStringList& words)
+{
+    const cli::Args args(words, {"json"}, {"camera", "user-set"});
+    const QStringList& pos = args.positional();
+    if (pos.size() != 2 || (pos[0] != "save" && pos[0] != "load"))
+        throw cli::Error("usage: settings save|load [--camera ID] FILE", cli::BadInput);
+    if (pos[0] == "save" && args.has("user-set"))
+        throw cli::Error("--user-set only goes with load", cli::BadInput);
+    auto device = EmulatedCameras::open(args.value("camera", "emu-cmed-0"));
+    try {
+        const int rc = pos[0] == "save" ? save(device, pos[1], args.flag("json"))
+                                        : load(device, pos[1], args.value("user-set"), args.flag("json"));
+        device->close();
+        return rc;
+    } catch (...) {
+        device->close();
+        throw;
+    }
+}
