@@ -14,12 +14,15 @@ export LSAN_OPTIONS=${LSAN_OPTIONS:-suppressions=$PWD/tests/lsan.supp:print_supp
 export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1:halt_on_error=1}
 ctest --test-dir "$build" --output-on-failure -j2
 
-# The threaded suites again under ThreadSanitizer (Qt itself is not
-# instrumented; tests/tsan.supp names the reports that lie wholly inside it).
+# The threaded suites again under ThreadSanitizer. Qt itself is not
+# instrumented: ignore_noninstrumented_modules drops the memory accesses its
+# allocator calls make (a queued signal's event is allocated on one thread and
+# freed on another under Qt's own lock), and tests/tsan.supp names the few
+# reports that lie wholly inside Qt. Our own code is checked in full.
 if [ "${COLCAL_SKIP_TSAN:-0}" != 1 ]; then
   tsan=${COLCAL_TSAN_BUILD:-build/tsan}
   cmake -S . -B "$tsan" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCOLCAL_TSAN=ON -DBUILD_TESTING=ON -DCOLCAL_BENCH=OFF
   cmake --build "$tsan" --target colcal_threaded_tests
-  TSAN_OPTIONS="suppressions=$PWD/tests/tsan.supp:halt_on_error=1:second_deadlock_stack=1" \
+  TSAN_OPTIONS="suppressions=$PWD/tests/tsan.supp:ignore_noninstrumented_modules=1:halt_on_error=1:second_deadlock_stack=1" \
     ctest --test-dir "$tsan" -L threaded --output-on-failure -j2
 fi

@@ -116,6 +116,11 @@ TEST_P(CameraJustifyTest, NeutralisingLeavesNoColourProcessing)
 
 TEST_P(CameraJustifyTest, RestoreGivesTheSavedSettingsBackByteForByte)
 {
+    // The user's camera has been running with its auto functions.
+    rig->camera()->startGrabbing();
+    QThread::msleep(300);
+    rig->camera()->stopGrabbing();
+
     justify->backupParameterCollection(true);
     const QString before = justify->getStoredCameraSettings();
     ASSERT_FALSE(before.isEmpty());

@@ -77,6 +77,7 @@ bool TestCalibrationSession::grab()
 int TestCalibrationSession::GetColorPatchValues(QVector<QColor>& values, bool forceGrab)
 {
     Lock lock(m_mutex);
+    ++m_measurements;
     if (!m_wrapper.isOpen())
         return 0;
     if (!m_wrapper.isGrabbing() || forceGrab)

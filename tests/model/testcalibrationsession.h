@@ -24,6 +24,7 @@ public:
     ConvertingImageCamera& wrapper() { return m_wrapper; }
     int exposureWrites() const { return m_exposureWrites.load(); }
     int gainWrites() const { return m_gainWrites.load(); }
+    int measurements() const { return m_measurements.load(); }
     /// Brightest channel of the grey patch in a fresh grab, 0..255; -1 on failure.
     double measureGrey();
 
@@ -67,4 +68,5 @@ private:
     Plugin::DataProcessing::CImage m_lastImage;
     std::atomic<int> m_exposureWrites{0};
     std::atomic<int> m_gainWrites{0};
+    std::atomic<int> m_measurements{0};
 };

@@ -70,8 +70,21 @@ void CameraAutoBrightnessHelper::pause()
 void CameraAutoBrightnessHelper::doWork()
 {
     m_running = !m_stopRequested.load();
-    m_rounds = 0;
+    // Nothing may leave a slot run by the thread's start: a camera lost under
+    // the loop ends it like any other missing measurement.
+    try {
+        adjust();
+    } catch (const std::exception& e) {
+        modellog::warning(QStringLiteral("Automatic brightness ended: %1").arg(QString::fromUtf8(e.what())));
+    } catch (...) {
+        modellog::warning(QStringLiteral("Automatic brightness ended: Unspecified exception occurred."));
+    }
+    m_running = false;
+    emit AutoBrightnessFinished();
+}
 
+void CameraAutoBrightnessHelper::adjust()
+{
     const bool sfnc2 = m_parameters && m_parameters->sfncVersion() >= QVersionNumber(2, 0, 0);
     // Older cameras count gain in raw steps, newer ones in dB.
     const Limits gainLimits = sfnc2 ? readLimits(m_parameters.data(), "AutoGainLowerLimit", "AutoGainUpperLimit")
@@ -91,7 +104,6 @@ void CameraAutoBrightnessHelper::doWork()
     while (m_running.load()) {
         colors.clear();
         m_calibration->GetColorPatchValues(colors, true);
-        ++m_rounds;
         double exposureMin = 0.0, exposure = 0.0, exposureMax = 0.0;
         // Without the grey patch or the camera's values there is nothing to
         // steer by (camera gone, chart not sampled): end rather than guess.
@@ -141,6 +153,4 @@ void CameraAutoBrightnessHelper::doWork()
         if (std::abs(100.0 * error) < kTolerancePercent)
             break;
     }
-    m_running = false;
-    emit AutoBrightnessFinished();
 }

@@ -28,8 +28,6 @@ public:
     /// rounds is cut short). A stop before doWork() has begun holds as well.
     void stop();
     bool isRunning() const { return m_running.load(); }
-    /// Rounds of the last or current run, for benchmarks and tests.
-    int rounds() const { return m_rounds.load(); }
 
     static constexpr double kTargetDn = 150.0;
     static constexpr double kDamping = 0.8;
@@ -43,11 +41,11 @@ signals:
     void AutoBrightnessFinished();
 
 private:
+    void adjust();
     void pause();
 
     CalibrationInterface* m_calibration;
     QSharedPointer<ParameterCollection::IParameterCollection> m_parameters;
     std::atomic<bool> m_running{false};
     std::atomic<bool> m_stopRequested{false};
-    std::atomic<int> m_rounds{0};
 };

@@ -118,18 +118,43 @@ bool ConvertingImageCamera::GrabImage(CImage& out, bool grabNew)
     const int timeoutMs = m_firstGrab ? kFirstGrabTimeoutMs : kGrabTimeoutMs;
     lock.unlock();
 
-    if (camera->isGrabbing()) {
+    bool grabbing = camera->isGrabbing();
+    lock.lock();
+    const bool singleGrabWindingDown = grabbing && m_singleGrabStarted && !m_singleGrabPending;
+    lock.unlock();
+    if (singleGrabWindingDown) {
+        // Our last single grab has delivered but the camera has not yet
+        // noticed its end; it is no acquisition to take images from.
+        camera->stopGrabbing();
+        grabbing = false;
+    }
+
+    if (grabbing) {
         lock.lock();
-        if (m_imageCount > 0) {
+        // A single grab still on its way (one whose caller gave up waiting)
+        // brings a newer image than the one kept: wait for it instead.
+        if (m_imageCount > 0 && !m_singleGrabPending) {
             out = m_images[m_currentIndex];
             return true;
         }
-        // The acquisition has not delivered yet: wait for its first image.
         lock.unlock();
-    } else if (grabNew) {
-        camera->grabOne(timeoutMs);
     } else {
-        camera->startGrabbing();
+        lock.lock();
+        m_singleGrabPending = grabNew;
+        m_singleGrabStarted = grabNew;
+        lock.unlock();
+        try {
+            if (grabNew)
+                camera->grabOne(timeoutMs);
+            else
+                camera->startGrabbing();
+        } catch (const Core::Exception::BaseException&) {
+            // Lost just now, before its signal reached us: the same answer
+            // as for a loss already known. Other failures are the caller's.
+            if (!camera->isOpen())
+                return false;
+            throw;
+        }
     }
 
     const bool arrived = waitForImage(camera, before, timeoutMs);
@@ -171,6 +196,7 @@ void ConvertingImageCamera::onCameraImageGrabbed(const Kalto::CGrabResultPtr& re
     std::lock_guard<std::recursive_mutex> delivery(m_deliveryMutex);
     {
         std::unique_lock<std::recursive_mutex> lock(m_mutex);
+        m_singleGrabPending = false;
         if (!result.IsValid() || !result->GrabSucceeded())
             return;
 

@@ -48,7 +48,8 @@ public:
     QSharedPointer<ParameterCollection::IParameterCollection> getParameterCollection();
     void stopGrabbing();
 
-    /// During an acquisition: the latest image at once, without a new grab.
+    /// During a continuous acquisition: the latest image at once, without a
+    /// new grab (during a single grab still on its way: that grab's image).
     /// Otherwise starts a single grab (grabNew) or continuous acquisition and
     /// waits for the next converted image: at most 200 ms the first time after
     /// construction, 5000 ms afterwards. A wait that times out returns false
@@ -81,6 +82,10 @@ private:
     bool m_firstGrab = true;
     /// Converted images since construction; tells a new image from an old one.
     quint64 m_imageCount = 0;
+    /// The last acquisition this object started was a single grab ...
+    bool m_singleGrabStarted = false;
+    /// ... and it has not delivered yet.
+    bool m_singleGrabPending = false;
     // Standard mutexes rather than Qt's: race checkers see their ordering.
     std::recursive_mutex m_mutex;
     /// Held for a whole delivery, so that detaching can wait for one in flight.
