@@ -94,9 +94,9 @@ std::vector<uint16_t> factoryLut()
 
 struct EmulatedCamera::Impl {
     explicit Impl(const CameraModel& m) : model(m), sensor([&] {
-        SensorSpec spec;
-        spec.sceneKelvin = m.sceneKelvin;
-        return spec;
+        SensorDesign design;
+        design.sceneKelvin = m.sceneKelvin;
+        return design;
     }()), memory(m.id), geometry(m.scene)
     {
     }

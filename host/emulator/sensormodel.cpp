@@ -5,18 +5,18 @@
 #include <algorithm>
 #include <cmath>
 
-SensorModel::SensorModel(const SensorSpec& spec) : m_spec(spec)
+SensorModel::SensorModel(const SensorDesign& design) : m_design(design)
 {
     const auto white = [](double) { return 1.0; };
     // Factory balance: unit response to white under the reference light.
-    const double sceneKelvin = m_spec.sceneKelvin;
-    m_spec.sceneKelvin = m_spec.referenceKelvin;
+    const double sceneKelvin = m_design.sceneKelvin;
+    m_design.sceneKelvin = m_design.referenceKelvin;
     const Rgb ref = integrate(white);
     for (int c = 0; c < 3; ++c)
         m_channelGain[c] = 1.0 / ref[c];
     // The scene light is scaled so that the green channel sees white at 1.0;
     // the other channels then carry the cast of the scene light.
-    m_spec.sceneKelvin = sceneKelvin;
+    m_design.sceneKelvin = sceneKelvin;
     m_sceneScale = 1.0;
     m_sceneScale = 1.0 / integrate(white)[1];
 }
@@ -30,7 +30,7 @@ double SensorModel::planck(double nm, double kelvin)
 
 double SensorModel::sensitivity(int channel, double nm) const
 {
-    const double d = (nm - m_spec.peakNm[channel]) / m_spec.widthNm[channel];
+    const double d = (nm - m_design.peakNm[channel]) / m_design.widthNm[channel];
     double s = std::exp(-0.5 * d * d);
     // Silicon's long tail towards the red is what the IR-cut filter removes;
     // the blue channel also leaks a little in the red, as dyes do.
@@ -38,7 +38,7 @@ double SensorModel::sensitivity(int channel, double nm) const
         s += 0.04 * std::exp(-0.5 * std::pow((nm - 620.0) / 40.0, 2));
     if (channel == 0)
         s += 0.03 * std::exp(-0.5 * std::pow((nm - 470.0) / 30.0, 2));
-    const double cut = 1.0 / (1.0 + std::exp((nm - m_spec.irCutNm) / 8.0));
+    const double cut = 1.0 / (1.0 + std::exp((nm - m_design.irCutNm) / 8.0));
     return s * cut;
 }
 
@@ -47,7 +47,7 @@ Rgb SensorModel::integrate(const std::function<double(double)>& reflectance) con
     Rgb sum{{0.0, 0.0, 0.0}};
     for (int i = 0; i < ChartSpectra::kSamples; ++i) {
         const double nm = ChartSpectra::wavelengthNm(i);
-        const double light = planck(nm, m_spec.sceneKelvin) * reflectance(nm);
+        const double light = planck(nm, m_design.sceneKelvin) * reflectance(nm);
         for (int c = 0; c < 3; ++c)
             sum[c] += light * sensitivity(c, nm);
     }
@@ -61,7 +61,7 @@ Rgb SensorModel::crosstalkAndNonlinear(const Rgb& raw) const
     Rgb mixed{{0.0, 0.0, 0.0}};
     for (int r = 0; r < 3; ++r)
         for (int c = 0; c < 3; ++c)
-            mixed[r] += m_spec.crosstalk[r][c] * raw[c];
+            mixed[r] += m_design.crosstalk[r][c] * raw[c];
     const double mx = std::max({mixed[0], mixed[1], mixed[2]});
     const double mn = std::min({mixed[0], mixed[1], mixed[2]});
     if (mx <= 0.0)
@@ -72,7 +72,7 @@ Rgb SensorModel::crosstalkAndNonlinear(const Rgb& raw) const
     const double mean = (mixed[0] + mixed[1] + mixed[2]) / 3.0;
     Rgb out;
     for (int c = 0; c < 3; ++c)
-        out[c] = mean + (mixed[c] - mean) * (1.0 - m_spec.nonlinear[c] * saturation);
+        out[c] = mean + (mixed[c] - mean) * (1.0 - m_design.nonlinear[c] * saturation);
     return out;
 }
 

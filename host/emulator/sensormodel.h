@@ -5,7 +5,7 @@
 
 /// What a sensor of the emulated camera is made of. Wavelengths in nm,
 /// temperatures in kelvin.
-struct SensorSpec {
+struct SensorDesign {
     double sceneKelvin = 5000.0;      ///< colour temperature of the light on the scene
     double referenceKelvin = 6500.0;  ///< light the channel gains are balanced for at the factory
     std::array<double, 3> peakNm{{600.0, 540.0, 455.0}};
@@ -30,9 +30,9 @@ using Rgb = std::array<double, 3>;
 /// exposure, but no 3x3 matrix undoes it.
 class SensorModel {
 public:
-    explicit SensorModel(const SensorSpec& spec = SensorSpec());
+    explicit SensorModel(const SensorDesign& design = SensorDesign());
 
-    const SensorSpec& spec() const { return m_spec; }
+    const SensorDesign& design() const { return m_design; }
     /// Response to a reflectance spectrum given as a function of wavelength (nm).
     Rgb response(const std::function<double(double)>& reflectance) const;
     /// Response to chart patch 0..23.
@@ -49,7 +49,7 @@ private:
     Rgb integrate(const std::function<double(double)>& reflectance) const;
     Rgb crosstalkAndNonlinear(const Rgb& raw) const;
 
-    SensorSpec m_spec;
+    SensorDesign m_design;
     Rgb m_channelGain{{1.0, 1.0, 1.0}};
     double m_sceneScale = 1.0;
 };

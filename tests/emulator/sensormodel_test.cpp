@@ -26,16 +26,16 @@ TEST(SensorModel, PlanckPeakFollowsWiensLaw)
 
 TEST(SensorModel, WhiteUnderReferenceLightIsOne)
 {
-    SensorSpec spec;
-    spec.sceneKelvin = spec.referenceKelvin;
-    const auto w = SensorModel(spec).flatResponse(1.0);
+    SensorDesign design;
+    design.sceneKelvin = design.referenceKelvin;
+    const auto w = SensorModel(design).flatResponse(1.0);
     for (int c = 0; c < 3; ++c)
         EXPECT_NEAR(w[c], 1.0, 1e-9);
 }
 
 TEST(SensorModel, WarmerLightCastsRed)
 {
-    SensorSpec warm, cool;
+    SensorDesign warm, cool;
     warm.sceneKelvin = 3000;
     cool.sceneKelvin = 6500;
     const auto a = SensorModel(warm).flatResponse(0.5), b = SensorModel(cool).flatResponse(0.5);
@@ -84,11 +84,11 @@ ChartFit::Chart chartAt150(const SensorModel& m)
 // No 3x3 matrix maps what the sensor would give without its non-linear term
 // onto what it gives with it: the least-squares residual stays well above
 // zero, and vanishes when the term is switched off.
-double matrixResidual(const SensorSpec& spec)
+double matrixResidual(const SensorDesign& design)
 {
-    SensorSpec linearSpec = spec;
-    linearSpec.nonlinear = {{0, 0, 0}};
-    const SensorModel actual(spec), linear(linearSpec);
+    SensorDesign linearDesign = design;
+    linearDesign.nonlinear = {{0, 0, 0}};
+    const SensorModel actual(design), linear(linearDesign);
     dlib::matrix<double, 24, 3> x, y;
     for (int k = 0; k < 24; ++k) {
         const auto a = actual.patchResponse(k), l = linear.patchResponse(k);
@@ -103,8 +103,8 @@ double matrixResidual(const SensorSpec& spec)
 
 TEST(SensorModel, NonlinearTermIsNotAMatrix)
 {
-    EXPECT_GT(matrixResidual(SensorSpec()), 0.005);
-    SensorSpec none;
+    EXPECT_GT(matrixResidual(SensorDesign()), 0.005);
+    SensorDesign none;
     none.nonlinear = {{0, 0, 0}};
     EXPECT_LT(matrixResidual(none), 1e-12);
 }

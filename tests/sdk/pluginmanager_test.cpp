@@ -15,9 +15,9 @@ using namespace Core::Plugin;
 
 namespace {
 
-const PluginSpec* find(const QList<PluginSpec>& specs, const QString& name)
+const PluginRecord* find(const QList<PluginRecord>& records, const QString& name)
 {
-    for (const PluginSpec& s : specs)
+    for (const PluginRecord& s : records)
         if (s.name == name)
             return &s;
     return nullptr;
@@ -61,9 +61,9 @@ protected:
 
 TEST_F(Loader, ReadsMetadataAndRunsPluginsInDependencyOrder)
 {
-    const QList<PluginSpec> specs = manager->loadPlugins(dir.path());
-    const PluginSpec* a = find(specs, "TestA");
-    const PluginSpec* b = find(specs, "TestB");
+    const QList<PluginRecord> records = manager->loadPlugins(dir.path());
+    const PluginRecord* a = find(records, "TestA");
+    const PluginRecord* b = find(records, "TestB");
     ASSERT_TRUE(a && b);
     EXPECT_TRUE(a->running) << a->error.toStdString();
     EXPECT_TRUE(b->running) << b->error.toStdString();
@@ -89,25 +89,25 @@ TEST_F(Loader, ReadsMetadataAndRunsPluginsInDependencyOrder)
 
 TEST_F(Loader, RefusesBrokenPluginsWithAReason)
 {
-    const QList<PluginSpec> specs = manager->loadPlugins(dir.path());
-    const PluginSpec* c = find(specs, "TestC");
+    const QList<PluginRecord> records = manager->loadPlugins(dir.path());
+    const PluginRecord* c = find(records, "TestC");
     ASSERT_TRUE(c);
     EXPECT_FALSE(c->running);
     EXPECT_TRUE(c->error.contains("missing dependency Nope")) << c->error.toStdString();
-    const PluginSpec* d = find(specs, "TestD");
+    const PluginRecord* d = find(records, "TestD");
     ASSERT_TRUE(d);
     EXPECT_FALSE(d->running);
     EXPECT_TRUE(d->error.contains("TestC")) << d->error.toStdString();
-    const PluginSpec* e = find(specs, "TestE");
+    const PluginRecord* e = find(records, "TestE");
     ASSERT_TRUE(e);
     EXPECT_FALSE(e->running);
     EXPECT_TRUE(e->error.contains("Version")) << e->error.toStdString();
-    const PluginSpec* f = find(specs, "TestF");
+    const PluginRecord* f = find(records, "TestF");
     ASSERT_TRUE(f);
     EXPECT_FALSE(f->running);
     EXPECT_TRUE(f->error.contains("3.0")) << f->error.toStdString();
     bool junkRefused = false;
-    for (const PluginSpec& s : specs)
+    for (const PluginRecord& s : records)
         if (s.fileName.endsWith("libjunk.so"))
             junkRefused = !s.running && !s.error.isEmpty();
     EXPECT_TRUE(junkRefused);
@@ -120,9 +120,9 @@ TEST_F(Loader, HostComponentTooOldRefusesItsDependents)
 {
     PluginManager strict(initializer);
     strict.addHostComponent("AppCore", QVersionNumber(1, 0));
-    const QList<PluginSpec> specs = strict.loadPlugins(dir.path());
-    const PluginSpec* a = find(specs, "TestA");
-    const PluginSpec* b = find(specs, "TestB");
+    const QList<PluginRecord> records = strict.loadPlugins(dir.path());
+    const PluginRecord* a = find(records, "TestA");
+    const PluginRecord* b = find(records, "TestB");
     ASSERT_TRUE(a && b);
     EXPECT_FALSE(a->running);
     EXPECT_TRUE(a->error.contains("AppCore")) << a->error.toStdString();

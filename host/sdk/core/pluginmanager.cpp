@@ -27,7 +27,7 @@ QVersionNumber parseVersion(const QString& text)
 
 struct PluginManager::Impl {
     struct Entry {
-        PluginSpec spec;
+        PluginRecord design;
         QPluginLoader* loader = nullptr;
     };
 
@@ -40,25 +40,25 @@ struct PluginManager::Impl {
     {
         const QJsonObject meta = e.loader->metaData();
         if (meta.isEmpty()) {
-            e.spec.error = QStringLiteral("not a plug-in");
+            e.design.error = QStringLiteral("not a plug-in");
             return;
         }
         if (meta.value(QStringLiteral("IID")).toString() != QLatin1String(CORE_PLUGIN_IPLUGIN_IID)) {
-            e.spec.error = QStringLiteral("plug-in of another application (IID %1)")
+            e.design.error = QStringLiteral("plug-in of another application (IID %1)")
                                .arg(meta.value(QStringLiteral("IID")).toString());
             return;
         }
         const QJsonObject md = meta.value(QStringLiteral("MetaData")).toObject();
-        e.spec.name = md.value(QStringLiteral("Name")).toString();
-        e.spec.version = parseVersion(md.value(QStringLiteral("Version")).toString());
-        e.spec.vendor = md.value(QStringLiteral("Vendor")).toString();
-        e.spec.description = md.value(QStringLiteral("Description")).toString();
-        if (e.spec.name.isEmpty()) {
-            e.spec.error = QStringLiteral("metadata without a Name");
+        e.design.name = md.value(QStringLiteral("Name")).toString();
+        e.design.version = parseVersion(md.value(QStringLiteral("Version")).toString());
+        e.design.vendor = md.value(QStringLiteral("Vendor")).toString();
+        e.design.description = md.value(QStringLiteral("Description")).toString();
+        if (e.design.name.isEmpty()) {
+            e.design.error = QStringLiteral("metadata without a Name");
             return;
         }
-        if (e.spec.version.isNull()) {
-            e.spec.error = QStringLiteral("metadata without a valid Version");
+        if (e.design.version.isNull()) {
+            e.design.error = QStringLiteral("metadata without a valid Version");
             return;
         }
         for (const QJsonValue& v : md.value(QStringLiteral("Dependencies")).toArray()) {
@@ -67,17 +67,17 @@ struct PluginManager::Impl {
             const QVersionNumber version =
                 parseVersion(dep.value(QStringLiteral("Version")).toString());
             if (name.isEmpty() || version.isNull()) {
-                e.spec.error = QStringLiteral("malformed dependency entry");
+                e.design.error = QStringLiteral("malformed dependency entry");
                 return;
             }
-            e.spec.dependencies << qMakePair(name, version);
+            e.design.dependencies << qMakePair(name, version);
         }
     }
 
     int findCandidate(const QString& name) const
     {
         for (int i = 0; i < entries.size(); ++i)
-            if (entries[i].spec.error.isEmpty() && entries[i].spec.name == name)
+            if (entries[i].design.error.isEmpty() && entries[i].design.name == name)
                 return i;
         return -1;
     }
@@ -89,9 +89,9 @@ struct PluginManager::Impl {
         while (changed) {
             changed = false;
             for (Entry& e : entries) {
-                if (!e.spec.error.isEmpty())
+                if (!e.design.error.isEmpty())
                     continue;
-                for (const auto& dep : e.spec.dependencies) {
+                for (const auto& dep : e.design.dependencies) {
                     QString problem;
                     const int other = findCandidate(dep.first);
                     if (hostComponents.contains(dep.first)) {
@@ -102,13 +102,13 @@ struct PluginManager::Impl {
                     } else if (other < 0) {
                         problem = QStringLiteral("missing dependency %1 %2")
                                       .arg(dep.first, dep.second.toString());
-                    } else if (entries[other].spec.version < dep.second) {
+                    } else if (entries[other].design.version < dep.second) {
                         problem = QStringLiteral("dependency %1 is %2, %3 needed")
-                                      .arg(dep.first, entries[other].spec.version.toString(),
+                                      .arg(dep.first, entries[other].design.version.toString(),
                                            dep.second.toString());
                     }
                     if (!problem.isEmpty()) {
-                        e.spec.error = problem;
+                        e.design.error = problem;
                         changed = true;
                         break;
                     }
@@ -123,7 +123,7 @@ struct PluginManager::Impl {
         QList<int> result;
         QList<int> pending;
         for (int i = 0; i < entries.size(); ++i)
-            if (entries[i].spec.error.isEmpty())
+            if (entries[i].design.error.isEmpty())
                 pending << i;
         bool progress = true;
         while (!pending.isEmpty() && progress) {
@@ -131,7 +131,7 @@ struct PluginManager::Impl {
             for (int k = 0; k < pending.size(); ++k) {
                 const int i = pending[k];
                 bool ready = true;
-                for (const auto& dep : entries[i].spec.dependencies) {
+                for (const auto& dep : entries[i].design.dependencies) {
                     const int other = findCandidate(dep.first);
                     if (other >= 0 && !hostComponents.contains(dep.first) && !result.contains(other))
                         ready = false;
@@ -144,7 +144,7 @@ struct PluginManager::Impl {
             }
         }
         for (int i : pending)
-            entries[i].spec.error = QStringLiteral("dependency cycle");
+            entries[i].design.error = QStringLiteral("dependency cycle");
         return result;
     }
 };
@@ -162,7 +162,7 @@ void PluginManager::addHostComponent(const QString& name, const QVersionNumber& 
     d->hostComponents.insert(name, version);
 }
 
-QList<PluginSpec> PluginManager::loadPlugins(const QString& folder)
+QList<PluginRecord> PluginManager::loadPlugins(const QString& folder)
 {
     const QFileInfoList files = QDir(folder).entryInfoList(QDir::Files, QDir::Name);
     const int first = d->entries.size();
@@ -170,11 +170,11 @@ QList<PluginSpec> PluginManager::loadPlugins(const QString& folder)
         if (!QLibrary::isLibrary(f.fileName()))
             continue;
         Impl::Entry e;
-        e.spec.fileName = f.absoluteFilePath();
-        e.loader = new QPluginLoader(e.spec.fileName, this);
+        e.design.fileName = f.absoluteFilePath();
+        e.loader = new QPluginLoader(e.design.fileName, this);
         d->readMetaData(e);
-        if (e.spec.error.isEmpty() && d->findCandidate(e.spec.name) >= 0)
-            e.spec.error = QStringLiteral("a plug-in named %1 is loaded already").arg(e.spec.name);
+        if (e.design.error.isEmpty() && d->findCandidate(e.design.name) >= 0)
+            e.design.error = QStringLiteral("a plug-in named %1 is loaded already").arg(e.design.name);
         d->entries << e;
     }
     d->checkDependencies();
@@ -185,60 +185,60 @@ QList<PluginSpec> PluginManager::loadPlugins(const QString& folder)
         if (i < first)
             continue;  // running from an earlier folder
         Impl::Entry& e = d->entries[i];
-        for (const auto& dep : e.spec.dependencies) {
+        for (const auto& dep : e.design.dependencies) {
             const int other = d->findCandidate(dep.first);
             if (other >= 0 && !d->hostComponents.contains(dep.first) &&
-                !d->entries[other].spec.running)
-                e.spec.error = QStringLiteral("dependency %1 failed to start").arg(dep.first);
+                !d->entries[other].design.running)
+                e.design.error = QStringLiteral("dependency %1 failed to start").arg(dep.first);
         }
-        if (!e.spec.error.isEmpty())
+        if (!e.design.error.isEmpty())
             continue;
         auto* plugin = qobject_cast<IPlugin*>(e.loader->instance());
         if (!plugin) {
-            e.spec.error = QStringLiteral("no plug-in object: %1").arg(e.loader->errorString());
+            e.design.error = QStringLiteral("no plug-in object: %1").arg(e.loader->errorString());
             e.loader->unload();
             continue;
         }
         if (!plugin->initialize(d->initializer)) {
-            e.spec.error = QStringLiteral("initialize failed");
+            e.design.error = QStringLiteral("initialize failed");
             e.loader->unload();
             continue;
         }
-        e.spec.instance = plugin;
-        e.spec.running = true;
+        e.design.instance = plugin;
+        e.design.running = true;
         initialized << i;
     }
     for (int i : initialized)
-        if (d->entries[i].spec.running)
-            d->entries[i].spec.instance->postInitialize();
+        if (d->entries[i].design.running)
+            d->entries[i].design.instance->postInitialize();
     d->order << initialized;
 
-    QList<PluginSpec> result;
+    QList<PluginRecord> result;
     for (int i = first; i < d->entries.size(); ++i)
-        result << d->entries[i].spec;
+        result << d->entries[i].design;
     return result;
 }
 
 void PluginManager::unloadPlugins()
 {
     for (int k = d->order.size() - 1; k >= 0; --k)
-        if (auto* p = d->entries[d->order[k]].spec.instance.data())
+        if (auto* p = d->entries[d->order[k]].design.instance.data())
             p->aboutToUninitialize();
     for (int k = d->order.size() - 1; k >= 0; --k) {
         Impl::Entry& e = d->entries[d->order[k]];
-        if (auto* p = e.spec.instance.data())
+        if (auto* p = e.design.instance.data())
             p->unInitialize(d->initializer);
         e.loader->unload();
-        e.spec.running = false;
+        e.design.running = false;
     }
     d->order.clear();
 }
 
-QList<PluginSpec> PluginManager::plugins() const
+QList<PluginRecord> PluginManager::plugins() const
 {
-    QList<PluginSpec> out;
+    QList<PluginRecord> out;
     for (const auto& e : d->entries)
-        out << e.spec;
+        out << e.design;
     return out;
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/pluginspec.h"
+#include "core/pluginrecord.h"
 
 #include <QObject>
 #include <QPointer>
@@ -27,10 +27,10 @@ public:
     /// A part of the host that plug-ins may depend on ("AppCore", "CameraPool" ...).
     void addHostComponent(const QString& name, const QVersionNumber& version);
     /// Returns every plug-in file found, running or refused.
-    QList<PluginSpec> loadPlugins(const QString& folder);
+    QList<PluginRecord> loadPlugins(const QString& folder);
     /// aboutToUninitialize on all, then unInitialize and unload in reverse order.
     void unloadPlugins();
-    QList<PluginSpec> plugins() const;
+    QList<PluginRecord> plugins() const;
 
 private:
     struct Impl;

@@ -12,7 +12,7 @@ namespace Plugin {
 class IPlugin;
 
 /// What the plug-in manager knows of one plug-in file.
-struct PluginSpec {
+struct PluginRecord {
     QString fileName;
     QString name;
     QVersionNumber version;
