@@ -1,5 +1,6 @@
 #include "colorcorrectionautochartfinderimpl.h"
 
+#include "chartgridcheck.h"
 #include "colorchecker.h"
 #include "colorspace.h"
 
@@ -672,6 +673,10 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::GetChartPosition(QImage imag
     const QImage blurred = boxFilter(small, 5);
     const QVector<QPoint> initial = getInitialRegressionPatches(blurred);
     const QVector<QPoint> centres = getAllPatchCenter(blurred, initial);
+    // A grid beside the chart can still match its colour ratios; a wrong grid
+    // is worse than none, since calibration would measure the wrong patches.
+    if (centres.size() == 24 && !ChartGridCheck::accepts(ChartGridCheck::measure(small, centres)))
+        return {};
     QVector<QPoint> corners = getColorCheckerCorners(centres);
     for (QPoint& p : corners)
         p = QPoint(int(p.x() * f), int(p.y() * f));

@@ -1,0 +1,168 @@
+#include "chartgridcheck.h"
+
+#include "colorchecker.h"
+#include "colorspace.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace {
+
+constexpr int kColumns = 6;
+constexpr int kRows = 4;
+constexpr int kPatches = kColumns * kRows;
+constexpr int kFirstGrey = 18;
+
+// Thresholds, chosen on clean renders, the emulated cameras and real photos
+// (printed charts, colour casts, dim light) against grids placed beside them.
+constexpr double kMaxCellSpread = 0.45;
+constexpr int kMinGreyStepsDown = 3;
+constexpr double kMinGreyRange = 1.0;
+constexpr double kMaxGreyChroma = 0.6;
+constexpr double kMinHueAgreement = 0.5;
+
+struct Rgb {
+    double r = 0, g = 0, b = 0;
+    double lightness() const { return (r + g + b) / 3.0; }
+};
+
+double median(std::vector<double> v)
+{
+    if (v.empty())
+        return 0.0;
+    std::nth_element(v.begin(), v.begin() + v.size() / 2, v.end());
+    return v[v.size() / 2];
+}
+
+double quantile(std::vector<double> v, double q)
+{
+    if (v.empty())
+        return 0.0;
+    const size_t k = std::min(v.size() - 1, size_t(q * v.size()));
+    std::nth_element(v.begin(), v.begin() + k, v.end());
+    return v[k];
+}
+
+double colourStep(const Rgb& a, const Rgb& b)
+{
+    return (std::abs(a.r - b.r) + std::abs(a.g - b.g) + std::abs(a.b - b.b)) / 3.0;
+}
+
+// Opponent colour of a balanced cell relative to its lightness, so that
+// exposure does not weigh in.
+std::array<double, 2> opponent(const Rgb& c, const Rgb& gain)
+{
+    const double r = c.r * gain.r, g = c.g * gain.g, b = c.b * gain.b;
+    const double l = std::max((r + g + b) / 3.0, 1.0);
+    return {(r - g) / l, ((r + g) * 0.5 - b) / l};
+}
+
+Rgb greyGain(const std::array<Rgb, kPatches>& cells)
+{
+    // The middle greys: the white may clip and the black is mostly noise.
+    Rgb sum;
+    for (int k = kFirstGrey + 1; k <= kFirstGrey + 4; ++k) {
+        sum.r += cells[k].r;
+        sum.g += cells[k].g;
+        sum.b += cells[k].b;
+    }
+    const double mean = (sum.r + sum.g + sum.b) / 3.0;
+    return {mean / std::max(sum.r, 1e-6), mean / std::max(sum.g, 1e-6), mean / std::max(sum.b, 1e-6)};
+}
+
+const std::array<Rgb, kPatches>& expectedCells()
+{
+    static const std::array<Rgb, kPatches> cells = [] {
+        std::array<Rgb, kPatches> out;
+        const ColorSpace cs;
+        const dlib::matrix<double, 24, 3> t = ColorChecker().GetTargetRgb();
+        for (int k = 0; k < kPatches; ++k)
+            out[k] = {cs.RGB_to_sRGB(t(k, 0)), cs.RGB_to_sRGB(t(k, 1)), cs.RGB_to_sRGB(t(k, 2))};
+        return out;
+    }();
+    return cells;
+}
+
+}  // namespace
+
+ChartGridCheck::Measures ChartGridCheck::measure(const QImage& source, const QVector<QPoint>& c)
+{
+    Measures m;
+    if (c.size() != kPatches || source.isNull())
+        return m;
+    const QImage image = source.convertToFormat(QImage::Format_ARGB32);
+    // Grid axes from the corner cells; the cells are sampled over the middle
+    // 40 % of a pitch along both axes.
+    const QPointF row = QPointF(c[5] - c[0] + c[23] - c[18]) / 10.0;
+    const QPointF column = QPointF(c[18] - c[0] + c[23] - c[5]) / 6.0;
+    constexpr int kSide = 5;
+    std::array<Rgb, kPatches> cells;
+    std::vector<double> spreads;
+    for (int k = 0; k < kPatches; ++k) {
+        Rgb sum, sq;
+        for (int i = 0; i < kSide; ++i) {
+            for (int j = 0; j < kSide; ++j) {
+                const double u = 0.4 * (i / double(kSide - 1) - 0.5), v = 0.4 * (j / double(kSide - 1) - 0.5);
+                const QPointF p = QPointF(c[k]) + row * u + column * v;
+                const int x = int(std::lround(p.x())), y = int(std::lround(p.y()));
+                if (!image.valid(x, y))
+                    return m;
+                const QRgb px = image.pixel(x, y);
+                sum.r += qRed(px);
+                sum.g += qGreen(px);
+                sum.b += qBlue(px);
+                sq.r += qRed(px) * qRed(px);
+                sq.g += qGreen(px) * qGreen(px);
+                sq.b += qBlue(px) * qBlue(px);
+            }
+        }
+        const double n = kSide * kSide;
+        cells[k] = {sum.r / n, sum.g / n, sum.b / n};
+        auto sd = [n](double s, double q) { return std::sqrt(std::max(0.0, q / n - (s / n) * (s / n))); };
+        spreads.push_back((sd(sum.r, sq.r) + sd(sum.g, sq.g) + sd(sum.b, sq.b)) / 3.0);
+    }
+    std::vector<double> steps;
+    for (int r = 0; r < kRows; ++r)
+        for (int col = 0; col < kColumns; ++col) {
+            const int k = r * kColumns + col;
+            if (col + 1 < kColumns)
+                steps.push_back(colourStep(cells[k], cells[k + 1]));
+            if (r + 1 < kRows)
+                steps.push_back(colourStep(cells[k], cells[k + kColumns]));
+        }
+    const double step = std::max(median(steps), 1.0);
+    m.cellSpread = quantile(spreads, 0.75) / step;
+
+    m.greyStepsDown = 0;
+    for (int k = kFirstGrey; k < kPatches - 1; ++k)
+        m.greyStepsDown += cells[k].lightness() > cells[k + 1].lightness();
+    m.greyRange = (cells[kFirstGrey].lightness() - cells[kPatches - 1].lightness()) / step;
+
+    const Rgb gain = greyGain(cells);
+    const Rgb expectedGain = greyGain(expectedCells());
+    std::vector<double> greyChroma, colourChroma;
+    double dot = 0, measuredSq = 0, expectedSq = 0;
+    for (int k = 0; k < kPatches; ++k) {
+        const auto o = opponent(cells[k], gain);
+        const double chroma = std::hypot(o[0], o[1]);
+        if (k >= kFirstGrey) {
+            greyChroma.push_back(chroma);
+            continue;
+        }
+        colourChroma.push_back(chroma);
+        const auto e = opponent(expectedCells()[k], expectedGain);
+        dot += o[0] * e[0] + o[1] * e[1];
+        measuredSq += o[0] * o[0] + o[1] * o[1];
+        expectedSq += e[0] * e[0] + e[1] * e[1];
+    }
+    m.greyChroma = median(greyChroma) / std::max(median(colourChroma), 1e-6);
+    m.hueAgreement = measuredSq > 0 && expectedSq > 0 ? dot / std::sqrt(measuredSq * expectedSq) : -1.0;
+    return m;
+}
+
+bool ChartGridCheck::accepts(const Measures& m)
+{
+    return m.cellSpread <= kMaxCellSpread && m.greyStepsDown >= kMinGreyStepsDown && m.greyRange >= kMinGreyRange &&
+           m.greyChroma <= kMaxGreyChroma && m.hueAgreement >= kMinHueAgreement;
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QImage>
+#include <QPoint>
+#include <QVector>
+
+/// Second opinion on a fitted patch grid, from the unblurred working image:
+/// a grid one row, one column or half a cell beside the chart still sits on
+/// coloured areas and can pass the colour-ratio match, but then its cells
+/// straddle patch borders, its grey row is not a neutral ramp, or its hues
+/// do not follow the chart's.
+class ChartGridCheck {
+public:
+    struct Measures {
+        /// Colour spread inside the cells over the colour step between
+        /// neighbouring cells (upper quartile over the cells); small when every
+        /// cell sits inside one patch.
+        double cellSpread = 1.0;
+        /// Steps along the grey row (white to black) that get darker, 0..5.
+        int greyStepsDown = 0;
+        /// Lightness range of the grey row over the mean neighbour step.
+        double greyRange = 0.0;
+        /// Median chroma of the grey cells over that of the colour cells,
+        /// after balancing on the grey row.
+        double greyChroma = 1.0;
+        /// Agreement of the colour cells' hues with the chart's, -1..1.
+        double hueAgreement = -1.0;
+    };
+
+    /// Measures the grid given by 24 centres in chart order (row * 6 + column)
+    /// on an 8-bit sRGB image; all measures keep their failing defaults when
+    /// the grid leaves the image.
+    static Measures measure(const QImage& image, const QVector<QPoint>& centres);
+    /// Whether the measures describe the chart in its place.
+    static bool accepts(const Measures& m);
+};
