@@ -29,6 +29,24 @@ const StepInfo kSteps[] = {
 };
 const char* const kHueColours[6] = {"red", "yellow", "green", "cyan", "blue", "magenta"};
 
+// What a run of the chain leaves in the engine for reporting.
+struct Results {
+    double gain = 0, r = 0, g = 0, b = 0, gamma = 0;
+    dlib::matrix<double, 3, 3> matrix;
+    dlib::matrix<double, 12, 1> bc6x2;
+};
+
+Results results(ColorCalibrationV1& engine)
+{
+    Results res;
+    engine.GetDigitalGain(res.gain);
+    engine.GetWhiteBalance(res.r, res.g, res.b);
+    engine.GetMatrix(res.matrix);
+    engine.GetBc6x2(res.bc6x2);
+    engine.GetGamma(res.gamma);
+    return res;
+}
+
 QJsonArray rowArray(const dlib::matrix<double, 24, 3>& chart, long row)
 {
     return {chart(row, 0), chart(row, 1), chart(row, 2)};
@@ -62,14 +80,10 @@ void runEngine(ColorCalibrationV1& engine, const dlib::matrix<double, 24, 3>& me
 
 QJsonObject engineReportJson(ColorCalibrationV1& engine)
 {
-    double gain = 0, r = 0, g = 0, b = 0, gamma = 0;
-    dlib::matrix<double, 3, 3> m;
-    dlib::matrix<double, 12, 1> p;
-    engine.GetDigitalGain(gain);
-    engine.GetWhiteBalance(r, g, b);
-    engine.GetMatrix(m);
-    engine.GetBc6x2(p);
-    engine.GetGamma(gamma);
+    const Results res = results(engine);
+    const double gain = res.gain, r = res.r, g = res.g, b = res.b, gamma = res.gamma;
+    const dlib::matrix<double, 3, 3>& m = res.matrix;
+    const dlib::matrix<double, 12, 1>& p = res.bc6x2;
 
     QJsonArray matrix, bc6x2, steps;
     for (long i = 0; i < 3; ++i)
@@ -102,14 +116,10 @@ QJsonObject engineReportJson(ColorCalibrationV1& engine)
 
 QString engineReportTable(ColorCalibrationV1& engine)
 {
-    double gain = 0, r = 0, g = 0, b = 0, gamma = 0;
-    dlib::matrix<double, 3, 3> m;
-    dlib::matrix<double, 12, 1> p;
-    engine.GetDigitalGain(gain);
-    engine.GetWhiteBalance(r, g, b);
-    engine.GetMatrix(m);
-    engine.GetBc6x2(p);
-    engine.GetGamma(gamma);
+    const Results res = results(engine);
+    const double gain = res.gain, r = res.r, g = res.g, b = res.b, gamma = res.gamma;
+    const dlib::matrix<double, 3, 3>& m = res.matrix;
+    const dlib::matrix<double, 12, 1>& p = res.bc6x2;
 
     QString t;
     t += QString("Digital gain   %1\n").arg(gain, 0, 'f', 4);
