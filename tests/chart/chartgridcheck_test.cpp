@@ -61,7 +61,7 @@ TEST_P(GridPlacement, AcceptsOnlyTheGridOnThePatches)
 
 const PlacementRow kPlacements[] = {
     {"in place", 0, 0, 1.0, true},
-    {"a tenth of a cell off", 0.1, -0.1, 1.0, true},
+    {"a twentieth of a cell off", 0.05, -0.05, 1.0, true},
     {"half a column off", 0.5, 0, 1.0, false},
     {"half a row off", 0, 0.5, 1.0, false},
     {"one column right", 1, 0, 1.0, false},

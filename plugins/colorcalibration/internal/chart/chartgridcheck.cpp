@@ -21,6 +21,8 @@ constexpr int kMinGreyStepsDown = 3;
 constexpr double kMinGreyRange = 1.0;
 constexpr double kMaxGreyChroma = 0.6;
 constexpr double kMinHueAgreement = 0.5;
+constexpr double kMaxBorderStep = 0.5;  // of the median neighbour step
+constexpr double kMinBordersOnBackground = 0.6;
 
 struct Rgb {
     double r = 0, g = 0, b = 0;
@@ -134,6 +136,41 @@ ChartGridCheck::Measures ChartGridCheck::measure(const QImage& source, const QVe
     const double step = std::max(median(steps), 1.0);
     m.cellSpread = quantile(spreads, 0.75) / step;
 
+    // Borders: a short stretch across the middle of each shared cell edge.
+    std::vector<Rgb> borders;
+    for (int k = 0; k < kPatches; ++k) {
+        const int col = k % kColumns, r = k / kColumns;
+        for (int dir = 0; dir < 2; ++dir) {
+            if ((dir == 0 && col + 1 >= kColumns) || (dir == 1 && r + 1 >= kRows))
+                continue;
+            const QPointF mid = 0.5 * QPointF(c[k] + c[dir == 0 ? k + 1 : k + kColumns]);
+            const QPointF along = dir == 0 ? column : row;
+            Rgb sum;
+            for (int i = -2; i <= 2; ++i) {
+                const QPointF p = mid + along * (0.1 * i);
+                const int x = int(std::lround(p.x())), y = int(std::lround(p.y()));
+                if (!image.valid(x, y))
+                    return m;
+                const QRgb px = image.pixel(x, y);
+                sum.r += qRed(px) / 5.0;
+                sum.g += qGreen(px) / 5.0;
+                sum.b += qBlue(px) / 5.0;
+            }
+            borders.push_back(sum);
+        }
+    }
+    std::vector<double> br, bgr, bb;
+    for (const Rgb& b : borders) {
+        br.push_back(b.r);
+        bgr.push_back(b.g);
+        bb.push_back(b.b);
+    }
+    const Rgb background{median(br), median(bgr), median(bb)};
+    int onBackground = 0;
+    for (const Rgb& b : borders)
+        onBackground += colourStep(b, background) <= kMaxBorderStep * step;
+    m.bordersOnBackground = double(onBackground) / borders.size();
+
     m.greyStepsDown = 0;
     for (int k = kFirstGrey; k < kPatches - 1; ++k)
         m.greyStepsDown += cells[k].lightness() > cells[k + 1].lightness();
@@ -163,6 +200,6 @@ ChartGridCheck::Measures ChartGridCheck::measure(const QImage& source, const QVe
 
 bool ChartGridCheck::accepts(const Measures& m)
 {
-    return m.cellSpread <= kMaxCellSpread && m.greyStepsDown >= kMinGreyStepsDown && m.greyRange >= kMinGreyRange &&
+    return m.cellSpread <= kMaxCellSpread && m.bordersOnBackground >= kMinBordersOnBackground && m.greyStepsDown >= kMinGreyStepsDown && m.greyRange >= kMinGreyRange &&
            m.greyChroma <= kMaxGreyChroma && m.hueAgreement >= kMinHueAgreement;
 }

@@ -23,6 +23,10 @@ public:
         /// Median chroma of the grey cells over that of the colour cells,
         /// after balancing on the grey row.
         double greyChroma = 1.0;
+        /// Share of the borders between neighbouring cells whose colour is that
+        /// of the chart's background (the median border colour), 0..1; low
+        /// when borders fall on patches.
+        double bordersOnBackground = 0.0;
         /// Agreement of the colour cells' hues with the chart's, -1..1.
         double hueAgreement = -1.0;
     };

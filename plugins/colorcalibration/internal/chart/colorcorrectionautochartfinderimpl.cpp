@@ -1,6 +1,7 @@
 #include "colorcorrectionautochartfinderimpl.h"
 
 #include "chartgridcheck.h"
+#include "chartgridrefiner.h"
 #include "colorchecker.h"
 #include "colorspace.h"
 
@@ -672,7 +673,18 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::GetChartPosition(QImage imag
         return {};
     const QImage blurred = boxFilter(small, 5);
     const QVector<QPoint> initial = getInitialRegressionPatches(blurred);
-    const QVector<QPoint> centres = getAllPatchCenter(blurred, initial);
+    QVector<QPoint> centres = getAllPatchCenter(blurred, initial);
+    // The reduced, blurred image places the grid to a pixel or two of its
+    // 640 columns, which for a small chart is a good part of a patch; the
+    // final placement works on the full-size image.
+    if (centres.size() == 24) {
+        QVector<QPointF> full;
+        for (const QPoint& p : qAsConst(centres))
+            full << QPointF(p) * f;
+        const QVector<QPointF> refined = ChartGridRefiner::refine(image, full);
+        for (int k = 0; k < centres.size(); ++k)
+            centres[k] = (refined[k] / f).toPoint();
+    }
     // A grid beside the chart can still match its colour ratios; a wrong grid
     // is worse than none, since calibration would measure the wrong patches.
     if (centres.size() == 24 && !ChartGridCheck::accepts(ChartGridCheck::measure(small, centres)))

@@ -1,0 +1,119 @@
+#include "chartgridrefiner.h"
+
+#include <QPolygonF>
+#include <QTransform>
+
+#include <array>
+#include <cmath>
+
+namespace {
+
+constexpr int kColumns = 6;
+constexpr int kRows = 4;
+constexpr int kPatches = kColumns * kRows;
+// Cells are sampled over +-0.35 of a pitch: the patches of the chart fill
+// about 0.8 of it, so a cell stays uniform only within a few hundredths of
+// a pitch of its patch.
+constexpr int kSide = 7;
+constexpr double kHalfCell = 0.35;
+// Share of the spread the refined grid must shed to replace the fitted one.
+constexpr double kMinGain = 0.8;
+
+using Corners = std::array<QPointF, 4>;  // centres of patches 0, 5, 23, 18
+
+bool gridMap(const Corners& c, QTransform& t)
+{
+    // Grid coordinates (column, row) of the corner patches onto their centres.
+    QPolygonF from, to;
+    from << QPointF(0, 0) << QPointF(kColumns - 1, 0) << QPointF(kColumns - 1, kRows - 1) << QPointF(0, kRows - 1);
+    to << c[0] << c[1] << c[2] << c[3];
+    return QTransform::quadToQuad(from, to, t);
+}
+
+// Mean over the cells of the per-channel standard deviation inside them;
+// infinite when a cell leaves the image.
+double spread(const QImage& image, const Corners& c)
+{
+    QTransform t;
+    if (!gridMap(c, t))
+        return INFINITY;
+    double total = 0.0;
+    for (int k = 0; k < kPatches; ++k) {
+        const double col = k % kColumns, row = k / kColumns;
+        double s[3] = {0, 0, 0}, q[3] = {0, 0, 0};
+        for (int i = 0; i < kSide; ++i) {
+            for (int j = 0; j < kSide; ++j) {
+                const double u = kHalfCell * (2.0 * i / (kSide - 1) - 1.0);
+                const double v = kHalfCell * (2.0 * j / (kSide - 1) - 1.0);
+                const QPointF p = t.map(QPointF(col + u, row + v));
+                const int x = int(std::lround(p.x())), y = int(std::lround(p.y()));
+                if (x < 0 || y < 0 || x >= image.width() || y >= image.height())
+                    return INFINITY;
+                const QRgb px = reinterpret_cast<const QRgb*>(image.constScanLine(y))[x];
+                const double ch[3] = {double(qRed(px)), double(qGreen(px)), double(qBlue(px))};
+                for (int n = 0; n < 3; ++n) {
+                    s[n] += ch[n];
+                    q[n] += ch[n] * ch[n];
+                }
+            }
+        }
+        const double count = kSide * kSide;
+        for (int n = 0; n < 3; ++n)
+            total += std::sqrt(std::max(0.0, q[n] / count - (s[n] / count) * (s[n] / count)));
+    }
+    return total / kPatches;
+}
+
+}  // namespace
+
+QVector<QPointF> ChartGridRefiner::refine(const QImage& source, const QVector<QPointF>& centres)
+{
+    if (centres.size() != kPatches || source.isNull())
+        return centres;
+    const QImage image = source.format() == QImage::Format_ARGB32 || source.format() == QImage::Format_RGB32
+                             ? source
+                             : source.convertToFormat(QImage::Format_RGB32);
+    Corners c = {centres[0], centres[kColumns - 1], centres[kPatches - 1], centres[kPatches - kColumns]};
+    const QPointF rowStep = (c[1] - c[0]) / double(kColumns - 1);
+    const double pitch = std::hypot(rowStep.x(), rowStep.y());
+    if (!(pitch >= 2.0))
+        return centres;
+    double best = spread(image, c);
+    const double initial = best;
+    if (!std::isfinite(best))
+        return centres;
+    const QPointF directions[4] = {QPointF(1, 0), QPointF(-1, 0), QPointF(0, 1), QPointF(0, -1)};
+    for (double step = 0.16 * pitch; step >= std::max(0.01 * pitch, 0.5); step *= 0.5) {
+        for (int pass = 0; pass < 4; ++pass) {
+            bool moved = false;
+            // Index 4 moves the whole grid, 0..3 one corner patch.
+            for (int which = 4; which >= 0; --which) {
+                for (const QPointF& d : directions) {
+                    Corners trial = c;
+                    for (int n = 0; n < 4; ++n)
+                        if (which == 4 || which == n)
+                            trial[n] += d * step;
+                    const double s = spread(image, trial);
+                    if (s < best) {
+                        best = s;
+                        c = trial;
+                        moved = true;
+                    }
+                }
+            }
+            if (!moved)
+                break;
+        }
+    }
+    // A grid already inside its patches gains only a few per cent by sliding
+    // around on noise and shading; that is no evidence for a better place.
+    if (best > kMinGain * initial)
+        return centres;
+    QTransform t;
+    if (!gridMap(c, t))
+        return centres;
+    QVector<QPointF> out;
+    for (int k = 0; k < kPatches; ++k)
+        out << t.map(QPointF(k % kColumns, k / kColumns));
+    return out;
+}
