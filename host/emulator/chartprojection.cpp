@@ -85,8 +85,14 @@ ChartProjection::Quad ChartProjection::patch(int k) const
 
 ChartProjection::Quad ChartProjection::grid() const
 {
-    const double u1 = kBodyWidth - kGap, v1 = kBodyHeight - kGap;
-    return {{toImage(kGap, kGap), toImage(u1, kGap), toImage(u1, v1), toImage(kGap, v1)}};
+    // Half a gap outside the patch field: a grid cut into 6 x 4 equal cells
+    // then has every cell centred on its patch, as a grid extrapolated from
+    // the patch centres has. Cut from the patch field's own edges, the cells
+    // would drift by up to most of a gap towards the outer columns and rows,
+    // and their inner parts would reach the patch borders.
+    const double h = 0.5 * kGap;
+    const double u1 = kBodyWidth - h, v1 = kBodyHeight - h;
+    return {{toImage(h, h), toImage(u1, h), toImage(u1, v1), toImage(h, v1)}};
 }
 
 int ChartProjection::materialAt(double u, double v) const

@@ -32,7 +32,8 @@ public:
     Point toChart(double x, double y) const;
     /// Patch k (row-major over 6 x 4) in image pixels.
     Quad patch(int k) const;
-    /// The outer corners of the 6 x 4 patch field (where a patch grid goes).
+    /// The outer corners of the 6 x 4 grid of patch cells (where a patch grid
+    /// goes): the patch field widened by half a gap on every side.
     Quad grid() const;
     /// -1 outside the body, 24 on the body between patches, else the patch index.
     int materialAt(double u, double v) const;

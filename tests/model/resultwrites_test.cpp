@@ -159,10 +159,14 @@ TEST_P(ResultWritesTest, CameraOutputMatchesTheEnginesFinalChart)
     // The neutral camera is measured linearly in 8-bit colours, so the darkest
     // patches enter the engine with a few per cent of rounding (patch 23 reads
     // about 9, 8, 7), and greys show small chroma shifts as large CIEDE2000
-    // values. Measured: mean 1.2 to 1.6, worst 2.7 to 5.5 over both cameras.
+    // values. Measured: mean 1.1, worst 2.8 (SFNC 2). The SFNC 1 camera's
+    // colour adjustment stays switched off after neutralising
+    // (OstColorAdjustmentEnable false; writing hue and saturation does not
+    // switch it on), so the engine's hue/saturation step never reaches its
+    // image: mean 1.7, worst 3.7 there, 1.1 and 2.5 with it switched on.
     // Writes that do not reach the image give a mean above 20.
-    EXPECT_LT(mean, 2.0);
-    EXPECT_LT(worst, 6.5);
+    EXPECT_LT(mean, rig->sfnc2() ? 1.5 : 2.0);
+    EXPECT_LT(worst, rig->sfnc2() ? 6.0 : 6.5);
 }
 
 INSTANTIATE_TEST_SUITE_P(EmulatedCameras, ResultWritesTest,
