@@ -5,7 +5,8 @@ set -euo pipefail
 packages=(
   build-essential cmake ninja-build pkg-config
   qtbase5-dev qt5-image-formats-plugins
-  libdlib-dev libgtest-dev libbenchmark-dev
+  libdlib-dev libblas-dev liblapack-dev libjpeg-dev libpng-dev
+  libgtest-dev libbenchmark-dev
 )
 
 missing=()
