@@ -16,6 +16,10 @@ constexpr int kPatches = kColumns * kRows;
 // a pitch of its patch.
 constexpr int kSide = 7;
 constexpr double kHalfCell = 0.35;
+// The cells fit inside the patches with a margin of a few hundredths of a
+// pitch, so any grid within that margin scores alike. A last, short descent
+// samples nearly the whole patch, which only the centred grid keeps uniform.
+constexpr double kPolishHalfCell = 0.375;
 // Share of the spread the refined grid must shed to replace the fitted one.
 constexpr double kMinGain = 0.8;
 
@@ -32,7 +36,7 @@ bool gridMap(const Corners& c, QTransform& t)
 
 // Mean over the cells of the per-channel standard deviation inside them;
 // infinite when a cell leaves the image.
-double spread(const QImage& image, const Corners& c)
+double spread(const QImage& image, const Corners& c, double halfCell = kHalfCell)
 {
     QTransform t;
     if (!gridMap(c, t))
@@ -43,8 +47,8 @@ double spread(const QImage& image, const Corners& c)
         double s[3] = {0, 0, 0}, q[3] = {0, 0, 0};
         for (int i = 0; i < kSide; ++i) {
             for (int j = 0; j < kSide; ++j) {
-                const double u = kHalfCell * (2.0 * i / (kSide - 1) - 1.0);
-                const double v = kHalfCell * (2.0 * j / (kSide - 1) - 1.0);
+                const double u = halfCell * (2.0 * i / (kSide - 1) - 1.0);
+                const double v = halfCell * (2.0 * j / (kSide - 1) - 1.0);
                 const QPointF p = t.map(QPointF(col + u, row + v));
                 const int x = int(std::lround(p.x())), y = int(std::lround(p.y()));
                 if (x < 0 || y < 0 || x >= image.width() || y >= image.height())
@@ -83,17 +87,22 @@ QVector<QPointF> ChartGridRefiner::refine(const QImage& source, const QVector<QP
     if (!std::isfinite(best))
         return centres;
     const QPointF directions[4] = {QPointF(1, 0), QPointF(-1, 0), QPointF(0, 1), QPointF(0, -1)};
-    for (double step = 0.16 * pitch; step >= std::max(0.01 * pitch, 0.5); step *= 0.5) {
+    auto descend = [&](double halfCell, double firstStep, double best) {
+    for (double step = firstStep; step >= std::max(0.01 * pitch, 0.5); step *= 0.5) {
         for (int pass = 0; pass < 4; ++pass) {
             bool moved = false;
-            // Index 4 moves the whole grid, 0..3 one corner patch.
-            for (int which = 4; which >= 0; --which) {
+            // Mask 15 moves the whole grid, the pairs one side of it (a side
+            // that sits on the frame or the gaps pulls its row or column off
+            // the patches, and moving one corner alone only shears it), the
+            // single bits one corner patch.
+            static const int kMoves[] = {15, 3, 6, 12, 9, 1, 2, 4, 8};
+            for (int mask : kMoves) {
                 for (const QPointF& d : directions) {
                     Corners trial = c;
                     for (int n = 0; n < 4; ++n)
-                        if (which == 4 || which == n)
+                        if (mask & (1 << n))
                             trial[n] += d * step;
-                    const double s = spread(image, trial);
+                    const double s = spread(image, trial, halfCell);
                     if (s < best) {
                         best = s;
                         c = trial;
@@ -104,6 +113,14 @@ QVector<QPointF> ChartGridRefiner::refine(const QImage& source, const QVector<QP
             if (!moved)
                 break;
         }
+    }
+    return best;
+    };
+    best = descend(kHalfCell, 0.16 * pitch, best);
+    const double polished = spread(image, c, kPolishHalfCell);
+    if (std::isfinite(polished)) {
+        descend(kPolishHalfCell, 0.04 * pitch, polished);
+        best = spread(image, c);
     }
     // A grid already inside its patches gains only a few per cent by sliding
     // around on noise and shading; that is no evidence for a better place.
