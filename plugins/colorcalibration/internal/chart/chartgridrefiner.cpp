@@ -41,19 +41,34 @@ double spread(const QImage& image, const Corners& c, double halfCell = kHalfCell
     QTransform t;
     if (!gridMap(c, t))
         return INFINITY;
+    // The descent calls this some thousand times per image: the projective
+    // map is spelt out rather than going through QTransform::map per sample.
+    const double m11 = t.m11(), m12 = t.m12(), m13 = t.m13(), m21 = t.m21(), m22 = t.m22(), m23 = t.m23();
+    const double m31 = t.m31(), m32 = t.m32(), m33 = t.m33();
+    const uchar* bits = image.constBits();
+    const qsizetype stride = image.bytesPerLine();
+    const int width = image.width(), height = image.height();
+    double offsets[kSide];
+    for (int i = 0; i < kSide; ++i)
+        offsets[i] = halfCell * (2.0 * i / (kSide - 1) - 1.0);
     double total = 0.0;
     for (int k = 0; k < kPatches; ++k) {
         const double col = k % kColumns, row = k / kColumns;
         double s[3] = {0, 0, 0}, q[3] = {0, 0, 0};
         for (int i = 0; i < kSide; ++i) {
+            const double gx = col + offsets[i];
             for (int j = 0; j < kSide; ++j) {
-                const double u = halfCell * (2.0 * i / (kSide - 1) - 1.0);
-                const double v = halfCell * (2.0 * j / (kSide - 1) - 1.0);
-                const QPointF p = t.map(QPointF(col + u, row + v));
-                const int x = int(std::lround(p.x())), y = int(std::lround(p.y()));
-                if (x < 0 || y < 0 || x >= image.width() || y >= image.height())
+                const double gy = row + offsets[j];
+                const double w = m13 * gx + m23 * gy + m33;
+                if (!(std::abs(w) > 1e-12))
                     return INFINITY;
-                const QRgb px = reinterpret_cast<const QRgb*>(image.constScanLine(y))[x];
+                const double px0 = (m11 * gx + m21 * gy + m31) / w, py0 = (m12 * gx + m22 * gy + m32) / w;
+                if (!(px0 > -0.5 && py0 > -0.5 && px0 < width - 0.5 && py0 < height - 0.5))
+                    return INFINITY;
+                const int x = int(std::lround(px0)), y = int(std::lround(py0));
+                if (x < 0 || y < 0 || x >= width || y >= height)
+                    return INFINITY;
+                const QRgb px = reinterpret_cast<const QRgb*>(bits + y * stride)[x];
                 const double ch[3] = {double(qRed(px)), double(qGreen(px)), double(qBlue(px))};
                 for (int n = 0; n < 3; ++n) {
                     s[n] += ch[n];
