@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cmath>
+#include <vector>
 
 namespace {
 
@@ -102,16 +103,13 @@ QVector<QPointF> ChartGridRefiner::refine(const QImage& source, const QVector<QP
     if (!std::isfinite(best))
         return centres;
     const QPointF directions[4] = {QPointF(1, 0), QPointF(-1, 0), QPointF(0, 1), QPointF(0, -1)};
-    auto descend = [&](double halfCell, double firstStep, double best) {
+    // Each move shifts the corner patches whose bits are set: all four first,
+    // so that single corners only trim the shape.
+    auto descend = [&](double halfCell, double firstStep, double best, const std::vector<int>& moves) {
     for (double step = firstStep; step >= std::max(0.01 * pitch, 0.5); step *= 0.5) {
         for (int pass = 0; pass < 4; ++pass) {
             bool moved = false;
-            // Mask 15 moves the whole grid, the pairs one side of it (a side
-            // that sits on the frame or the gaps pulls its row or column off
-            // the patches, and moving one corner alone only shears it), the
-            // single bits one corner patch.
-            static const int kMoves[] = {15, 3, 6, 12, 9, 1, 2, 4, 8};
-            for (int mask : kMoves) {
+            for (int mask : moves) {
                 for (const QPointF& d : directions) {
                     Corners trial = c;
                     for (int n = 0; n < 4; ++n)
@@ -131,10 +129,13 @@ QVector<QPointF> ChartGridRefiner::refine(const QImage& source, const QVector<QP
     }
     return best;
     };
-    best = descend(kHalfCell, 0.16 * pitch, best);
+    best = descend(kHalfCell, 0.16 * pitch, best, {15, 1, 2, 4, 8});
     const double polished = spread(image, c, kPolishHalfCell);
     if (std::isfinite(polished)) {
-        descend(kPolishHalfCell, 0.04 * pitch, polished);
+        // Near the edges of the patches a whole row or column can be off
+        // while every single corner move makes things worse: the polish also
+        // moves the sides.
+        descend(kPolishHalfCell, 0.04 * pitch, polished, {15, 3, 6, 12, 9, 1, 2, 4, 8});
         best = spread(image, c);
     }
     // A grid already inside its patches gains only a few per cent by sliding
