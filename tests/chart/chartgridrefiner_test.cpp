@@ -68,6 +68,18 @@ const StartRow kStarts[] = {
 
 INSTANTIATE_TEST_SUITE_P(Rows, RefinerStart, ::testing::ValuesIn(kStarts));
 
+TEST(ChartGridRefiner, RowsSqueezedTogetherSpreadBackOntoThePatches)
+{
+    // The top row starts a seventh of a pitch low and the rows below follow
+    // proportionally: every cell still overlaps its patch, so only moving the
+    // whole top side brings the grid back.
+    QVector<QPointF> start = grid(QPointF(0, 0), kPitch);
+    for (int k = 0; k < 24; ++k)
+        start[k].ry() += (3 - k / 6) * kPitch / 21.0;
+    ASSERT_GT(worstError(start), 4.0);
+    EXPECT_LE(worstError(ChartGridRefiner::refine(renderChart(), start)), 1.5);
+}
+
 TEST(ChartGridRefiner, GridInPlaceStays)
 {
     const QVector<QPointF> start = grid(QPointF(0, 0), kPitch);

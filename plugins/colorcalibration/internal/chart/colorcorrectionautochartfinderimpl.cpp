@@ -8,6 +8,8 @@
 #include <dlib/matrix.h>
 
 #include <QHash>
+#include <QPolygonF>
+#include <QTransform>
 
 #include <algorithm>
 #include <array>
@@ -677,11 +679,12 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::GetChartPosition(QImage imag
     // The reduced, blurred image places the grid to a pixel or two of its
     // 640 columns, which for a small chart is a good part of a patch; the
     // final placement works on the full-size image.
+    QVector<QPointF> refined;
     if (centres.size() == 24) {
         QVector<QPointF> full;
         for (const QPoint& p : qAsConst(centres))
             full << QPointF(p) * f;
-        const QVector<QPointF> refined = ChartGridRefiner::refine(image, full);
+        refined = ChartGridRefiner::refine(image, full);
         for (int k = 0; k < centres.size(); ++k)
             centres[k] = (refined[k] / f).toPoint();
     }
@@ -690,6 +693,23 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::GetChartPosition(QImage imag
     if (centres.size() == 24 && !ChartGridCheck::accepts(ChartGridCheck::measure(small, centres)))
         return {};
     QVector<QPoint> corners = getColorCheckerCorners(centres);
+    // Rounding the centres to working pixels before extrapolating doubles the
+    // rounding error at the corners, and the half-cell step along the grid
+    // axes ignores foreshortening. Where the corner patches map the grid
+    // projectively, the corners come from the unrounded centres instead and
+    // are rounded once, at the working scale.
+    if (corners.size() == 4) {
+        QPolygonF from, to;
+        from << QPointF(0, 0) << QPointF(kColumns - 1, 0) << QPointF(kColumns - 1, kRows - 1) << QPointF(0, kRows - 1);
+        to << refined[0] / f << refined[kColumns - 1] / f << refined[kPatches - 1] / f << refined[kPatches - kColumns] / f;
+        QTransform t;
+        if (QTransform::quadToQuad(from, to, t)) {
+            const QPointF outer[4] = {QPointF(-0.5, -0.5), QPointF(kColumns - 0.5, -0.5), QPointF(-0.5, kRows - 0.5),
+                                      QPointF(kColumns - 0.5, kRows - 0.5)};
+            for (int i = 0; i < 4; ++i)
+                corners[i] = t.map(outer[i]).toPoint();
+        }
+    }
     for (QPoint& p : corners)
         p = QPoint(int(p.x() * f), int(p.y() * f));
     return corners;
