@@ -43,20 +43,6 @@ double quantile(std::vector<double> v, double q)
     return v.empty() ? 0.0 : v[size_t(q * double(v.size() - 1) + 0.5)];
 }
 
-void neutralise(CameraJustify& justify)
-{
-    justify.disableTestImage();
-    justify.disableBlackLevel();
-    justify.disableGamma();
-    justify.disableMatrix();
-    justify.disableHSBC();
-    justify.disableLUT();
-    justify.disableBC6x2Op();
-    justify.disableWhiteBalance();
-    justify.disableDemosaicing();
-    justify.disableAutofunctions();
-}
-
 // One iteration per delivered frame; the iteration time is the span from the
 // camera handing out the frame to imageGrabbed() (both on the delivery thread).
 void BM_GrabAndConvertDuringContinuousAcquisition(benchmark::State& state)

@@ -27,16 +27,7 @@ protected:
         ensureModelTestApp();
         rig = std::make_unique<EmulatedRig>(GetParam());
         justify = std::make_unique<CameraJustify>(rig->camera());
-        justify->disableTestImage();
-        justify->disableBlackLevel();
-        justify->disableGamma();
-        justify->disableMatrix();
-        justify->disableHSBC();
-        justify->disableLUT();
-        justify->disableBC6x2Op();
-        justify->disableWhiteBalance();
-        justify->disableDemosaicing();
-        justify->disableAutofunctions();
+        neutralise(*justify);
         session = std::make_unique<TestCalibrationSession>(rig->camera(), rig->grid());
         session->measureGrey();  // the short first wait may miss the first frame
         onTargetUs = exposureForTarget();

@@ -21,21 +21,6 @@ namespace {
 
 using Kalto::CNodeMap;
 
-// The session's order of neutralising operations.
-void neutralise(CameraJustify& justify)
-{
-    justify.disableTestImage();
-    justify.disableBlackLevel();
-    justify.disableGamma();
-    justify.disableMatrix();
-    justify.disableHSBC();
-    justify.disableLUT();
-    justify.disableBC6x2Op();
-    justify.disableWhiteBalance();
-    justify.disableDemosaicing();
-    justify.disableAutofunctions();
-}
-
 const std::vector<std::string> kGains = {"Gain00", "Gain01", "Gain02", "Gain10", "Gain11",
                                          "Gain12", "Gain20", "Gain21", "Gain22"};
 const std::vector<std::string> kColours = {"Red", "Yellow", "Green", "Cyan", "Blue", "Magenta"};

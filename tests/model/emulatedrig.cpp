@@ -1,5 +1,6 @@
 #include "emulatedrig.h"
 
+#include "camerajustify.h"
 #include "chartprojection.h"
 #include "emulatedcamera.h"
 #include "emulatortransportlayer.h"
@@ -69,4 +70,18 @@ CTrapezoid EmulatedRig::grid() const
 bool EmulatedRig::sfnc2() const
 {
     return m_device->model().generation == CameraModel::Generation::Sfnc2;
+}
+
+void neutralise(CameraJustify& justify)
+{
+    justify.disableTestImage();
+    justify.disableBlackLevel();
+    justify.disableGamma();
+    justify.disableMatrix();
+    justify.disableHSBC();
+    justify.disableLUT();
+    justify.disableBC6x2Op();
+    justify.disableWhiteBalance();
+    justify.disableDemosaicing();
+    justify.disableAutofunctions();
 }

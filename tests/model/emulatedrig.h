@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 
+class CameraJustify;
 class EmulatedCamera;
 class EmulatorTransportLayer;
 namespace Kalto {
@@ -53,3 +54,7 @@ private:
     int m_width;
     int m_height;
 };
+
+/// The neutralising operations in the order the session runs them, with the
+/// test image switched off first as opening a session does.
+void neutralise(CameraJustify& justify);

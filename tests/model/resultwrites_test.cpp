@@ -50,16 +50,7 @@ protected:
         ensureModelTestApp();
         rig = std::make_unique<EmulatedRig>(GetParam());
         justify = std::make_unique<CameraJustify>(rig->camera());
-        justify->disableTestImage();
-        justify->disableBlackLevel();
-        justify->disableGamma();
-        justify->disableMatrix();
-        justify->disableHSBC();
-        justify->disableLUT();
-        justify->disableBC6x2Op();
-        justify->disableWhiteBalance();
-        justify->disableDemosaicing();
-        justify->disableAutofunctions();
+        neutralise(*justify);
         // Raw Bayer output bypasses the camera's colour pipeline (the medical
         // model starts in BayerRG8): measure what the pipeline makes.
         rig->device().nodeMap().setEnum("PixelFormat", "RGB8");
