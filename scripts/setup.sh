@@ -7,6 +7,16 @@ packages=(
   qtbase5-dev qt5-image-formats-plugins
   libdlib-dev libblas-dev liblapack-dev libjpeg-dev libpng-dev
   libgtest-dev libbenchmark-dev
+  # The wizard, the live view and the viewer: Qt Quick, Multimedia, Widgets,
+  # translations compiled at build time, and the fonts CJK texts need.
+  qtdeclarative5-dev qtmultimedia5-dev qtquickcontrols2-5-dev
+  qttools5-dev qttools5-dev-tools
+  qml-module-qtquick2 qml-module-qtquick-controls2 qml-module-qtquick-layouts
+  qml-module-qtquick-window2 qml-module-qtquick-dialogs qml-module-qtmultimedia
+  qml-module-qttest qml-module-qt-labs-settings
+  fonts-noto-cjk
+  # GUI tests in a real X server.
+  xvfb xauth
 )
 
 missing=()
