@@ -163,6 +163,9 @@ TEST_F(QmlTrapezoidListTest, FetchStopsAtTheFirstMissingSetWithoutNotifying)
 
     pool.setFrameSize(EmulatedPool::kMedical, 320, 200);
     ASSERT_TRUE(model->Open(pool.info(EmulatedPool::kMedical)));
+    QImage first;  // the session's first grab waits only briefly for the camera
+    for (int i = 0; i < 3 && !model->GrabImage(first, true); ++i) {
+    }
     *list.outline() = pool.grid(EmulatedPool::kMedical);
     list.update();
     list.fetchColorPatchValues();  // measured now, but no initial colours yet

@@ -20,7 +20,7 @@ QTemporaryDir* sandboxDir()
 
 void setDefault(const char* name, const char* value)
 {
-    if (qEnvironmentVariableIsEmpty(name))
+    if (!qEnvironmentVariableIsSet(name))
         qputenv(name, value);
 }
 
