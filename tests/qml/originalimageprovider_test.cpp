@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QImage>
+
 namespace {
 
 TEST(OriginalImageProvider, ServesTheInitialImageWhateverTheIdAndFlipsItsCounter)
@@ -14,6 +16,9 @@ TEST(OriginalImageProvider, ServesTheInitialImageWhateverTheIdAndFlipsItsCounter
     pool.setFrameSize(EmulatedPool::kMedical, 320, 200);
     auto model = pool.createModel();
     ASSERT_TRUE(model->Open(pool.info(EmulatedPool::kMedical)));
+    QImage warm;  // the session's first grab waits only briefly for the camera
+    for (int i = 0; i < 3 && !model->GrabImage(warm, true); ++i) {
+    }
     model->SetGridPositon(pool.grid(EmulatedPool::kMedical));
     ASSERT_TRUE(model->ApplyInitialCameraImageAndPatchValues());
 

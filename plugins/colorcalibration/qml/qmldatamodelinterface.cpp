@@ -12,7 +12,7 @@
 #include "qmltrapezoidlist.h"
 
 #include <QFile>
-#include <QFuture>
+#include <QFutureSynchronizer>
 #include <QGuiApplication>
 #include <QJsonDocument>
 #include <QMutexLocker>
@@ -84,8 +84,8 @@ struct QmlDataModelInterface::Impl {
     QString calibrationFileToSave;
     QString summaryFileToSave;
     ColorCorrectionAutoChartFinder chartFinder;
-    /// Kept only so that destruction waits for a search still running.
-    QFuture<void> search;
+    /// Kept only so that destruction waits for searches still running.
+    QFutureSynchronizer<void> searches;
     // Last, so that the QML goes before the objects it binds to.
     std::unique_ptr<QQuickView> view;
 };
@@ -125,7 +125,7 @@ QmlDataModelInterface::QmlDataModelInterface(ColorCorrectionModel* model) : d(ne
 QmlDataModelInterface::~QmlDataModelInterface()
 {
     d->camera.stopGrab();
-    d->search.waitForFinished();
+    d->searches.waitForFinished();
     d->view.reset();
 }
 
@@ -481,7 +481,7 @@ void QmlDataModelInterface::findChartAsync()
     QGuiApplication::setOverrideCursor(Qt::BusyCursor);
     // The search runs on the pool; moving the outline and telling QML happens back on
     // this object's thread, because QML bindings on the outline must not run elsewhere.
-    d->search = QtConcurrent::run([this] {
+    d->searches.addFuture(QtConcurrent::run([this] {
         const auto found = d->locateChart();
         QMetaObject::invokeMethod(
             this,
@@ -492,7 +492,7 @@ void QmlDataModelInterface::findChartAsync()
                 QGuiApplication::restoreOverrideCursor();
             },
             Qt::QueuedConnection);
-    });
+    }));
 }
 
 void QmlDataModelInterface::applyFoundChart(const ColorCorrectionAutoChartFinderResult& found)

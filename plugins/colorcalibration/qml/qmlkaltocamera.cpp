@@ -71,7 +71,7 @@ struct QMLKaltoCamera::Impl {
     {
         QSize size;
         {
-            QMutexLocker lock(&live.mutex);
+            std::lock_guard<std::mutex> lock(live.mutex);
             size = live.size;
         }
         const QVideoSurfaceFormat wanted(size, QVideoFrame::Format_RGB32);
@@ -130,14 +130,14 @@ void QMLKaltoCamera::setVideoSurface(QAbstractVideoSurface* surface)
 
 QSize QMLKaltoCamera::size() const
 {
-    QMutexLocker lock(&d->live.mutex);
+    std::lock_guard<std::mutex> lock(d->live.mutex);
     return d->live.size;
 }
 
 void QMLKaltoCamera::setSize(const QSize& size)
 {
     {
-        QMutexLocker lock(&d->live.mutex);
+        std::lock_guard<std::mutex> lock(d->live.mutex);
         if (size == d->live.size || size.isEmpty())
             return;
         d->live.size = size;
@@ -218,7 +218,7 @@ void QMLKaltoCamera::onImageReady(bool notify)
 {
     QImage pixels;
     {
-        QMutexLocker lock(&d->live.mutex);
+        std::lock_guard<std::mutex> lock(d->live.mutex);
         pixels = d->live.pixels.copy();
     }
     if (pixels.isNull())

@@ -6,8 +6,9 @@
 #include <QElapsedTimer>
 #include <QPainter>
 #include <QThread>
-#include <QtConcurrent>
+#include <QThreadPool>
 
+#include <cmath>
 #include <memory>
 
 namespace {
@@ -20,6 +21,20 @@ constexpr double kBusyScale = 0.3;
 constexpr int kSleepStepMs = 10;
 const QColor kFailureBackground(0xe6, 0xe6, 0xe6);
 
+/// One grab running on the thread pool; the worker polls it.
+struct PendingGrab {
+    std::mutex mutex;
+    bool done = false;
+    bool ok = false;
+    QImage image;
+
+    bool finished()
+    {
+        std::lock_guard<std::mutex> lock(mutex);
+        return done;
+    }
+};
+
 }  // namespace
 
 QMLKaltoCameraGrabber::QMLKaltoCameraGrabber(CameraInterface* camera, LiveFrame* frame, int intervalMs, bool single,
@@ -31,32 +46,32 @@ QMLKaltoCameraGrabber::QMLKaltoCameraGrabber(CameraInterface* camera, LiveFrame*
 
 void QMLKaltoCameraGrabber::clearFlags()
 {
-    QMutexLocker lock(&m_mutex);
+    std::lock_guard<std::mutex> lock(m_mutex);
     m_single = false;
     m_continuous = false;
 }
 
 void QMLKaltoCameraGrabber::setForceShowBusyIndicator(bool force)
 {
-    QMutexLocker lock(&m_mutex);
+    std::lock_guard<std::mutex> lock(m_mutex);
     m_forceShowBusyIndicator = force;
 }
 
 bool QMLKaltoCameraGrabber::keepGoing() const
 {
-    QMutexLocker lock(&m_mutex);
+    std::lock_guard<std::mutex> lock(m_mutex);
     return m_single || m_continuous;
 }
 
 bool QMLKaltoCameraGrabber::forceBusy() const
 {
-    QMutexLocker lock(&m_mutex);
+    std::lock_guard<std::mutex> lock(m_mutex);
     return m_forceShowBusyIndicator;
 }
 
 bool QMLKaltoCameraGrabber::finishSingle()
 {
-    QMutexLocker lock(&m_mutex);
+    std::lock_guard<std::mutex> lock(m_mutex);
     if (!m_single)
         return false;
     m_single = false;
@@ -75,33 +90,47 @@ void QMLKaltoCameraGrabber::doWork()
 {
     QImage lastFrame;
     {
-        QMutexLocker lock(&m_frame->mutex);
+        std::lock_guard<std::mutex> lock(m_frame->mutex);
         lastFrame = m_frame->pixels.copy();
     }
     while (keepGoing()) {
-        auto image = std::make_shared<QImage>();
+        auto grab = std::make_shared<PendingGrab>();
         CameraInterface* camera = m_camera;
-        QFuture<bool> grab = QtConcurrent::run([camera, image] { return camera->GrabImage(*image, true); });
+        QThreadPool::globalInstance()->start([camera, grab] {
+            QImage image;
+            const bool ok = camera->GrabImage(image, true);
+            std::lock_guard<std::mutex> lock(grab->mutex);
+            grab->image = image;
+            grab->ok = ok;
+            grab->done = true;
+        });
         QElapsedTimer clock;
         clock.start();
-        while (!grab.isFinished()) {
+        while (!grab->finished()) {
             if (clock.elapsed() > kBusyAfterMs || forceBusy()) {
                 paintBusy(lastFrame, clock.elapsed());
                 emit imageReady(false);
             }
             QThread::msleep(kBusyFrameMs);
         }
-        if (!grab.result()) {
+        bool ok = false;
+        QImage image;
+        {
+            std::lock_guard<std::mutex> lock(grab->mutex);
+            ok = grab->ok;
+            image = grab->image;
+        }
+        if (!ok) {
             qDebug() << "Grab failed, delivery of Ostrel logo";
             paintLogo();
             emit imageReady(false);
             emit imageFailed();
         } else {
-            if (image->size() != m_lastImageSize) {
-                m_lastImageSize = image->size();
+            if (image.size() != m_lastImageSize) {
+                m_lastImageSize = image.size();
                 emit imageSizeChanged(m_lastImageSize);
             }
-            lastFrame = paintImage(*image);
+            lastFrame = paintImage(image);
             emit imageReady(true);
         }
         if (finishSingle())
@@ -114,7 +143,7 @@ void QMLKaltoCameraGrabber::doWork()
 void QMLKaltoCameraGrabber::paintBusy(const QImage& lastFrame, qint64 elapsedMs)
 {
     static const QImage indicator(":/ColCal/busyindicator.png");
-    QMutexLocker lock(&m_frame->mutex);
+    std::lock_guard<std::mutex> lock(m_frame->mutex);
     QImage frame = lastFrame.size() == m_frame->size ? lastFrame.copy()
                                                      : QImage(m_frame->size, QImage::Format_RGB32);
     if (lastFrame.size() != m_frame->size)
@@ -132,7 +161,7 @@ void QMLKaltoCameraGrabber::paintBusy(const QImage& lastFrame, qint64 elapsedMs)
 void QMLKaltoCameraGrabber::paintLogo()
 {
     static const QImage logo(":/ColCal/ostrel-logo.png");
-    QMutexLocker lock(&m_frame->mutex);
+    std::lock_guard<std::mutex> lock(m_frame->mutex);
     QImage frame(m_frame->size, QImage::Format_RGB32);
     frame.fill(kFailureBackground);
     QPainter painter(&frame);
@@ -145,7 +174,7 @@ void QMLKaltoCameraGrabber::paintLogo()
 
 QImage QMLKaltoCameraGrabber::paintImage(const QImage& image)
 {
-    QMutexLocker lock(&m_frame->mutex);
+    std::lock_guard<std::mutex> lock(m_frame->mutex);
     m_frame->pixels = image.scaled(m_frame->size, Qt::IgnoreAspectRatio, Qt::FastTransformation)
                           .convertToFormat(QImage::Format_RGB32);
     return m_frame->pixels;

@@ -1,9 +1,10 @@
 #pragma once
 
 #include <QImage>
-#include <QMutex>
 #include <QObject>
 #include <QSize>
+
+#include <mutex>
 
 class CameraInterface;
 
@@ -11,7 +12,7 @@ class CameraInterface;
 /// the view wants and the pixels in the video frame's layout (RGB32, 4 bytes a
 /// pixel). Shared between the grabber's thread and the GUI thread.
 struct LiveFrame {
-    QMutex mutex;
+    std::mutex mutex;
     QSize size;
     QImage pixels;
 };
@@ -53,7 +54,8 @@ private:
     LiveFrame* m_frame;
     int m_intervalMs;
     QSize m_lastImageSize;
-    mutable QRecursiveMutex m_mutex;
+    /// Guards the three flags below. A standard mutex, so that ThreadSanitizer sees every hand-over.
+    mutable std::mutex m_mutex;
     bool m_single;
     bool m_continuous;
     bool m_forceShowBusyIndicator = false;
