@@ -116,19 +116,23 @@ ChartImage ChartImage::load(const QString& path, Encoding encoding)
     out.m_path = path;
     out.m_bits = isSixteenBit(image.format()) ? 16 : 8;
     out.m_srgb = encoding == Encoding::Srgb || (encoding == Encoding::ByDepth && out.m_bits == 8);
-    out.m_decoded = image;
     if (out.m_srgb && (image.format() == QImage::Format_RGB32 || image.format() == QImage::Format_ARGB32)) {
         // The common case (8-bit JPEG or PNG): the display copy is the decoded
-        // pixels made opaque, without the detour through 16 bits.
-        out.m_display = image.convertToFormat(QImage::Format_ARGB32);
-        const int w = out.m_display.width();
-        for (int y = 0; y < out.m_display.height(); ++y) {
-            QRgb* line = reinterpret_cast<QRgb*>(out.m_display.scanLine(y));
-            for (int x = 0; x < w; ++x)
-                line[x] |= 0xff000000u;
+        // pixels made opaque, converted in place rather than through 16 bits;
+        // the SDK image is spread from it when sampling asks for it.
+        const bool opaque = image.format() == QImage::Format_RGB32;
+        out.m_display = std::move(image).convertToFormat(QImage::Format_ARGB32);
+        if (!opaque) {
+            const int w = out.m_display.width();
+            for (int y = 0; y < out.m_display.height(); ++y) {
+                QRgb* line = reinterpret_cast<QRgb*>(out.m_display.scanLine(y));
+                for (int x = 0; x < w; ++x)
+                    line[x] |= 0xff000000u;
+            }
         }
         return out;
     }
+    out.m_decoded = image;
     out.sdkImage();
     return out;
 }
@@ -138,7 +142,7 @@ Kalto::CKaltoImage& ChartImage::sdkImage()
     if (m_sdkReady)
         return m_sdk;
     m_sdkReady = true;
-    const QImage rgb64 = m_decoded.convertToFormat(QImage::Format_RGBX64);
+    const QImage rgb64 = (m_decoded.isNull() ? m_display : m_decoded).convertToFormat(QImage::Format_RGBX64);
     const int w = rgb64.width(), h = rgb64.height();
     m_sdk.Reset(Kalto::PixelType_RGB16packed, uint32_t(w), uint32_t(h));
     const bool display = m_display.isNull();
