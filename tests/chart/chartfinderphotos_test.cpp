@@ -110,11 +110,11 @@ TEST_P(FinderOnPhotos, FindsTheChartWithinAQuarterPitchOrRejects)
         << r.bottomRight.y() << ")";
 }
 
-// The strongly foreshortened print, the other maker's chart and the tiny chart
-// behind the pot are not always found; when they are, the grid must be right.
+// The tiny chart behind the pot (about 7 px pitch, on the image's edge) is
+// beyond the search; should it be found, the grid must be right.
 const PhotoRow kPhotos[] = {
     {"jarrelscy_printed_closeup_warm_cast_laptop.jpg", Expect::Found},
-    {"jarrelscy_printed_desk_perspective.jpg", Expect::NeverWrong},
+    {"jarrelscy_printed_desk_perspective.jpg", Expect::Found},
     {"jarrelscy_printed_floor_small.jpg", Expect::Found},
     {"jarrelscy_printed_floor_tilted_medium.jpg", Expect::Found},
     {"jarrelscy_printed_keyboard_rot45_clutter.jpg", Expect::Found},
@@ -124,7 +124,7 @@ const PhotoRow kPhotos[] = {
     {"plantcv_chamber_rot90cw_target.png", Expect::Found},
     {"plantcv_chamber_tiny_cutoff_behind_pot.jpg", Expect::NeverWrong},
     {"plantcv_mini_closeup_rot90ccw.jpg", Expect::Found},
-    {"plantcv_other_maker_24patch_seedheads.jpg", Expect::NeverWrong},
+    {"plantcv_other_maker_24patch_seedheads.jpg", Expect::Found},
     {"plantcv_small_corner_black_cloth.jpg", Expect::Found},
     {"plantcv_negative_no_chart.jpg", Expect::Rejected},
     {"plantcv_closeup_partial_cutoff.png", Expect::Rejected},

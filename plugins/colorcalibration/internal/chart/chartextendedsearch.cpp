@@ -126,6 +126,7 @@ QVector<QPoint> ChartExtendedSearch::find(ColorCorrectionAutoChartFinderImpl& im
             ladder.xMargin = 1.0;
             ladder.yMargin = 1.0;
             ladder.minScore = prm.minSearchScore;
+            ladder.leaveOneOutSlack = prm.leaveOneOutSlack;
             for (const auto& c :
                  ColorCorrectionAutoChartFinderImpl::searchPlacements(band.rg, band.bg, ladder, prm.candidates))
                 tried.push_back({c, &band});

@@ -131,6 +131,43 @@ float correlation(const float* x, const float* e, int n)
     return correlation(x, e, n, sumsOf(e, n));
 }
 
+// The best mean of the two ratio correlations with one sample left out of
+// both series: a covered patch among the samples then costs little.
+float bestLeavingOneOut(const float* xr, const float* er, const float* xb, const float* eb, int n)
+{
+    struct Sums {
+        float sx = 0, sxx = 0, sxe = 0, se = 0, see = 0;
+        void add(float x, float e, float sign)
+        {
+            sx += sign * x;
+            sxx += sign * x * x;
+            sxe += sign * x * e;
+            se += sign * e;
+            see += sign * e * e;
+        }
+        float correlation(int m) const
+        {
+            const float mf = float(m);
+            const float vx = std::max(mf * sxx - sx * sx, mf * mf * kMinRatioVariance);
+            const float ve = mf * see - se * se;
+            return ve > 0.0f ? (mf * sxe - sx * se) / std::sqrt(vx * ve) : 0.0f;
+        }
+    };
+    Sums r, b;
+    for (int i = 0; i < n; ++i) {
+        r.add(xr[i], er[i], 1.0f);
+        b.add(xb[i], eb[i], 1.0f);
+    }
+    float best = -1.0f;
+    for (int i = 0; i < n; ++i) {
+        Sums r1 = r, b1 = b;
+        r1.add(xr[i], er[i], -1.0f);
+        b1.add(xb[i], eb[i], -1.0f);
+        best = std::max(best, 0.5f * (r1.correlation(n - 1) + b1.correlation(n - 1)));
+    }
+    return best;
+}
+
 struct Expected {
     std::array<float, kPatches> rg;
     std::array<float, kPatches> bg;
@@ -425,9 +462,11 @@ std::vector<ColorCorrectionAutoChartFinderImpl::Candidate> ColorCorrectionAutoCh
                     // the first one leaves no chance to beat the bar, skip the second.
                     const float first = correlation(xr, m.rg, kModelSize, rgSums);
                     const float bar = keep == 1 ? kept[0].score : ladder.minScore;
-                    if (0.5f * (first + 1.01f) <= bar)
+                    if (0.5f * (first + 1.01f) <= bar - ladder.leaveOneOutSlack)
                         continue;
-                    const float score = 0.5f * (first + correlation(xb, m.bg, kModelSize, bgSums));
+                    float score = 0.5f * (first + correlation(xb, m.bg, kModelSize, bgSums));
+                    if (ladder.leaveOneOutSlack > 0.0f && score > bar - ladder.leaveOneOutSlack)
+                        score = std::max(score, bestLeavingOneOut(xr, m.rg, xb, m.bg, kModelSize));
                     if (keep == 1) {
                         if (score > kept[0].score)
                             kept[0] = Candidate{QPoint(x, y), p, ladder.angles[a], score};

@@ -36,6 +36,10 @@ public:
         double yMargin = 1.5;
         /// With more than one kept candidate, only those scoring above this count.
         float minScore = 0.0f;
+        /// Above 0, placements scoring within this of the bar are scored
+        /// again with each of the model's samples left out in turn, and keep
+        /// the best: one covered patch among the nine then hides no chart.
+        float leaveOneOutSlack = 0.0f;
     };
     /// Accepts or refuses a settled grid: its 24 centres in working pixels and
     /// in full-size pixels, both in chart order.

@@ -28,6 +28,10 @@ struct ExtendedChartSearchParameters {
     int candidates = 6;
     /// Search score a placement needs to be tried at all (1 = perfect match).
     float minSearchScore = 0.45f;
+    /// Placements scoring up to this below the bar are scored again with each
+    /// of the search model's nine samples left out (0: never), so that a
+    /// patch covered by a finger or a cable does not hide the chart.
+    float leaveOneOutSlack = 0.3f;
     /// Score of the placement's finer search over all 24 patches a candidate
     /// needs before its grid is settled and checked.
     float minPlacementScore = 0.5f;
