@@ -49,6 +49,24 @@ void BM_FindChartSyntheticScene1920x1080(benchmark::State& state)
 }
 BENCHMARK(BM_FindChartSyntheticScene1920x1080)->Unit(benchmark::kMillisecond);
 
+// Photographs the standard search cannot resolve: a 40 px chart in a 400 px
+// frame (the extended search finds it), and no chart at all (both searches
+// run to the end, the slowest case).
+void BM_FindChartPhoto(benchmark::State& state, const char* file)
+{
+    const QImage image = QImageReader(QString(COLCAL_TESTDATA_DIR "/charts/") + file).read();
+    ColorCorrectionAutoChartFinder finder;
+    bool valid = false;
+    for (auto _ : state) {
+        valid = finder.GetChartPosition(image).valid;
+        benchmark::DoNotOptimize(valid);
+    }
+    state.counters["valid"] = valid;
+}
+BENCHMARK_CAPTURE(BM_FindChartPhoto, SmallChart400x300, "plantcv_small_corner_black_cloth.jpg")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_FindChartPhoto, NoChart400x335, "plantcv_negative_no_chart.jpg")->Unit(benchmark::kMillisecond);
+
 // 1920 x 1200, 16-bit RGB, grid spanning 60 % of the width (1152 x 768 px).
 void BM_UpdateColorPatchValues1920x1200(benchmark::State& state)
 {

@@ -66,8 +66,9 @@ QImage ChartScene::render(const Params& prm, std::array<QPointF, 4>& corners)
         target << similarity(chartQuad[i]) +
                       QPointF(uni(-1, 1), uni(-1, 1)) * prm.perspective * chartRect.width();
     const QRectF box = target.boundingRect();
-    const double s = prm.scale * std::min(W / box.width(), H / box.height());
-    const QPointF offset(uni(0.0, W - s * box.width()), uni(0.0, H - s * box.height()));
+    // Without foreshortening the grid's six pitches span six chart units.
+    const double s = prm.pitch > 0.0 ? prm.pitch : prm.scale * std::min(W / box.width(), H / box.height());
+    const QPointF offset(uni(0.0, std::max(0.0, W - s * box.width())), uni(0.0, std::max(0.0, H - s * box.height())));
     for (QPointF& q : target)
         q = (q - box.topLeft()) * s + offset;
     QTransform toImage;
@@ -83,6 +84,12 @@ QImage ChartScene::render(const Params& prm, std::array<QPointF, 4>& corners)
         painter.setBrush(QColor(int(std::lround(cs.RGB_to_sRGB(t(k, 0)))), int(std::lround(cs.RGB_to_sRGB(t(k, 1)))),
                                 int(std::lround(cs.RGB_to_sRGB(t(k, 2))))));
         painter.drawRect(QRectF(c + 0.1, r + 0.1, 0.8, 0.8));
+    }
+    // Objects in front of the chart: each hides most of one patch.
+    for (int i = 0; i < prm.covered; ++i) {
+        const int k = int(uni(0, 24));
+        painter.setBrush(QColor(int(uni(0, 255)), int(uni(0, 255)), int(uni(0, 255))));
+        painter.drawEllipse(QRectF(k % 6 + uni(-0.2, 0.1), k / 6 + uni(-0.2, 0.1), 1.1, 1.1));
     }
     painter.end();
     corners = {toImage.map(QPointF(0, 0)), toImage.map(QPointF(6, 0)), toImage.map(QPointF(0, 4)),
@@ -106,4 +113,10 @@ QImage ChartScene::render(const Params& prm, std::array<QPointF, 4>& corners)
         }
     }
     return img;
+}
+
+double ChartScene::pitchOf(const std::array<QPointF, 4>& c)
+{
+    auto len = [](QPointF a, QPointF b) { return std::hypot(a.x() - b.x(), a.y() - b.y()); };
+    return (len(c[0], c[1]) + len(c[2], c[3])) / 12.0 * 0.5 + (len(c[0], c[2]) + len(c[1], c[3])) / 8.0 * 0.5;
 }

@@ -21,6 +21,8 @@ public:
         double lightGradient = 0.0;  ///< brightness varies by +-this across the frame
         double cast[3] = {1.0, 1.0, 1.0};
         int clutter = 0;           ///< number of random shapes behind the chart
+        double pitch = 0.0;        ///< when above 0: the grid pitch in pixels, overriding `scale`
+        int covered = 0;           ///< patches hidden behind shapes in front of the chart
         uint32_t seed = 1;
     };
 
@@ -30,4 +32,7 @@ public:
     /// Renders the scene; `corners` receives the grid corners (top-left,
     /// top-right, bottom-left, bottom-right in chart order).
     static QImage render(const Params& params, std::array<QPointF, 4>& corners);
+
+    /// Mean grid pitch in pixels of grid corners as `render` gives them.
+    static double pitchOf(const std::array<QPointF, 4>& corners);
 };

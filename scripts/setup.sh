@@ -19,6 +19,12 @@ packages=(
   xvfb xauth
 )
 
+# Only for scripts/bench.sh: the peer chart detector the finder's speed is
+# compared with (never a dependency of the build or the plug-in).
+if [ "${1:-}" = "--bench" ]; then
+  packages+=(python3-opencv)
+fi
+
 missing=()
 for p in "${packages[@]}"; do
   if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed'; then

@@ -1,4 +1,5 @@
 #include "chartgridcheck.h"
+#include "extendedchartsearchparameters.h"
 
 #include "colorchecker.h"
 #include "colorspace.h"
@@ -72,6 +73,51 @@ const PlacementRow kPlacements[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Rows, GridPlacement, ::testing::ValuesIn(kPlacements));
+
+struct ShiftRow {
+    const char* name;
+    double columns, rows;
+    bool distinct;
+};
+
+class GridShift : public ::testing::TestWithParam<ShiftRow> {};
+
+// The grid beside the chart by one column or row still lies on patches; its
+// hues must then agree less with the chart's than those of the grid moved
+// back onto it, which the extended search requires by a margin.
+TEST_P(GridShift, OnlyTheGridInPlaceBeatsItsNeighbours)
+{
+    const ShiftRow& row = GetParam();
+    QVector<QPointF> grid;
+    for (const QPoint& p : centres(row.columns, row.rows))
+        grid << QPointF(p);
+    const double margin = ChartGridCheck::shiftMargin(renderChart(), grid);
+    const double required = ExtendedChartSearchParameters().minShiftMargin;
+    if (row.distinct)
+        EXPECT_GE(margin, required) << row.name;
+    else
+        EXPECT_LT(margin, required) << row.name;
+}
+
+const ShiftRow kShifts[] = {
+    {"in place", 0, 0, true},
+    {"one column right", 1, 0, false},
+    {"one column left", -1, 0, false},
+    {"one row up", 0, -1, false},
+    {"one row down", 0, 1, false},
+    {"one row and one column off", 1, 1, false},
+};
+
+INSTANTIATE_TEST_SUITE_P(Rows, GridShift, ::testing::ValuesIn(kShifts));
+
+TEST(ChartGridCheck, ShiftMarginOfAGridLeavingTheImageIsLowest)
+{
+    QVector<QPointF> grid;
+    for (const QPoint& p : centres(-3, 0))
+        grid << QPointF(p);
+    EXPECT_EQ(ChartGridCheck::shiftMargin(renderChart(), grid), -2.0);
+    EXPECT_EQ(ChartGridCheck::shiftMargin(renderChart(), grid.mid(0, 23)), -2.0);
+}
 
 TEST(ChartGridCheck, InPlaceGridMeasuresAsTheChart)
 {

@@ -60,6 +60,7 @@ TEST(ColcalFindChart, PrintsCornersAsJsonAndWritesTheOverlay)
         EXPECT_EQ(corners[key].toArray().size(), 2) << key;
     EXPECT_LT(corners["topLeft"].toArray()[0].toInt(), corners["topRight"].toArray()[0].toInt());
     EXPECT_GE(o["milliseconds"].toDouble(), 0.0);
+    EXPECT_EQ(o["search"].toString(), "standard");
     const QImage drawn(overlay);
     ASSERT_FALSE(drawn.isNull());
     EXPECT_EQ(drawn.size(), QSize(1024, 768));
@@ -71,9 +72,20 @@ TEST(ColcalFindChart, ImageWithoutChartReportsInvalidAndExitsOne)
     EXPECT_EQ(r.exitCode, 1);
     EXPECT_FALSE(json(r)["valid"].toBool(true));
     EXPECT_TRUE(json(r).contains("corners"));
+    EXPECT_EQ(json(r)["search"].toString(), "none");
     const Result text = colcal({"find-chart", chart("plantcv_negative_no_chart.jpg")});
     EXPECT_EQ(text.exitCode, 1);
     EXPECT_TRUE(text.out.startsWith("no chart found in")) << text.out.toStdString();
+}
+
+TEST(ColcalFindChart, SaysWhenTheExtendedSearchFoundASmallChart)
+{
+    const Result r = colcal({"find-chart", chart("plantcv_small_corner_black_cloth.jpg"), "--json"});
+    ASSERT_EQ(r.exitCode, 0) << r.err.toStdString();
+    EXPECT_TRUE(json(r)["valid"].toBool());
+    EXPECT_EQ(json(r)["search"].toString(), "extended");
+    const Result text = colcal({"find-chart", chart("plantcv_small_corner_black_cloth.jpg")});
+    EXPECT_NE(text.out.indexOf("by the extended search"), -1) << text.out.toStdString();
 }
 
 struct BadImageRow {

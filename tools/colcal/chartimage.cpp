@@ -116,24 +116,54 @@ ChartImage ChartImage::load(const QString& path, Encoding encoding)
     out.m_path = path;
     out.m_bits = isSixteenBit(image.format()) ? 16 : 8;
     out.m_srgb = encoding == Encoding::Srgb || (encoding == Encoding::ByDepth && out.m_bits == 8);
+    if (out.m_srgb && (image.format() == QImage::Format_RGB32 || image.format() == QImage::Format_ARGB32)) {
+        // The common case (8-bit JPEG or PNG): the display copy is the decoded
+        // pixels made opaque, converted in place rather than through 16 bits;
+        // the SDK image is spread from it when sampling asks for it.
+        const bool opaque = image.format() == QImage::Format_RGB32;
+        out.m_display = std::move(image).convertToFormat(QImage::Format_ARGB32);
+        if (!opaque) {
+            const int w = out.m_display.width();
+            for (int y = 0; y < out.m_display.height(); ++y) {
+                QRgb* line = reinterpret_cast<QRgb*>(out.m_display.scanLine(y));
+                for (int x = 0; x < w; ++x)
+                    line[x] |= 0xff000000u;
+            }
+        }
+        return out;
+    }
+    out.m_decoded = image;
+    out.sdkImage();
+    return out;
+}
 
-    const QImage rgb64 = image.convertToFormat(QImage::Format_RGBX64);
+Kalto::CKaltoImage& ChartImage::sdkImage()
+{
+    if (m_sdkReady)
+        return m_sdk;
+    m_sdkReady = true;
+    const QImage rgb64 = (m_decoded.isNull() ? m_display : m_decoded).convertToFormat(QImage::Format_RGBX64);
     const int w = rgb64.width(), h = rgb64.height();
-    out.m_sdk.Reset(Kalto::PixelType_RGB16packed, uint32_t(w), uint32_t(h));
-    out.m_display = QImage(w, h, QImage::Format_ARGB32);
+    m_sdk.Reset(Kalto::PixelType_RGB16packed, uint32_t(w), uint32_t(h));
+    const bool display = m_display.isNull();
+    if (display)
+        m_display = QImage(w, h, QImage::Format_ARGB32);
     const auto& lut = linearToSrgb8();
     for (int y = 0; y < h; ++y) {
         const QRgba64* in = reinterpret_cast<const QRgba64*>(rgb64.constScanLine(y));
-        auto* sdkRow = reinterpret_cast<uint8_t*>(out.m_sdk.GetBuffer()) + out.m_sdk.GetStride() * size_t(y);
-        QRgb* disp = reinterpret_cast<QRgb*>(out.m_display.scanLine(y));
+        auto* sdkRow = reinterpret_cast<uint8_t*>(m_sdk.GetBuffer()) + m_sdk.GetStride() * size_t(y);
+        QRgb* disp = display ? reinterpret_cast<QRgb*>(m_display.scanLine(y)) : nullptr;
         for (int x = 0; x < w; ++x) {
             const uint16_t px[3] = {in[x].red(), in[x].green(), in[x].blue()};
             std::memcpy(sdkRow + 6 * size_t(x), px, 6);
-            if (out.m_srgb)
+            if (!disp)
+                continue;
+            if (m_srgb)
                 disp[x] = qRgb(in[x].red8(), in[x].green8(), in[x].blue8());
             else
                 disp[x] = qRgb(lut[px[0]], lut[px[1]], lut[px[2]]);
         }
     }
-    return out;
+    m_decoded = QImage();
+    return m_sdk;
 }

@@ -25,13 +25,16 @@ public:
     bool srgbEncoded() const { return m_srgb; }
     /// 8-bit, sRGB-encoded, ARGB32.
     const QImage& display() const { return m_display; }
-    /// RGB16 packed; 8-bit values are spread to 16 bits (v * 257).
-    Kalto::CKaltoImage& sdkImage() { return m_sdk; }
+    /// RGB16 packed; 8-bit values are spread to 16 bits (v * 257). Built on
+    /// first use: locating a chart needs only the display copy.
+    Kalto::CKaltoImage& sdkImage();
 
 private:
     QString m_path;
     int m_bits = 8;
     bool m_srgb = true;
+    QImage m_decoded;
     QImage m_display;
     Kalto::CKaltoImage m_sdk;
+    bool m_sdkReady = false;
 };

@@ -23,6 +23,9 @@ int runFindChart(const QStringList& words)
     const ColorCorrectionAutoChartFinderResult found = finder.GetChartPosition(image.display());
     const double ms = timer.nsecsElapsed() / 1e6;
 
+    const char* search = found.foundBy == ColorCorrectionAutoChartFinderResult::Search::Standard   ? "standard"
+                         : found.foundBy == ColorCorrectionAutoChartFinderResult::Search::Extended ? "extended"
+                                                                                                   : "none";
     const CTrapezoid grid(found.topLeft, found.topRight, found.bottomLeft, found.bottomRight);
     if (args.has("overlay")) {
         QVector<CTrapezoid> patches;
@@ -38,10 +41,11 @@ int runFindChart(const QStringList& words)
         cli::printJson({{"valid", found.valid},
                         {"corners", ChartReport::cornersJson(grid)},
                         {"imageSize", QJsonArray{image.size().width(), image.size().height()}},
-                        {"milliseconds", ms}});
+                        {"milliseconds", ms},
+                        {"search", search}});
     } else if (found.valid) {
-        cli::print(QString("chart found in %1 (%2 x %3) in %4 ms\n%5\n")
-                       .arg(path).arg(image.size().width()).arg(image.size().height()).arg(ms, 0, 'f', 1)
+        cli::print(QString("chart found in %1 (%2 x %3) by the %4 search in %5 ms\n%6\n")
+                       .arg(path).arg(image.size().width()).arg(image.size().height()).arg(search).arg(ms, 0, 'f', 1)
                        .arg(ChartReport::cornersText(grid)));
     } else {
         cli::print(QString("no chart found in %1 (%2 x %3) in %4 ms\n")

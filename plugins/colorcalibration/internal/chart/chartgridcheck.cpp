@@ -3,6 +3,9 @@
 #include "colorchecker.h"
 #include "colorspace.h"
 
+#include <QPolygonF>
+#include <QTransform>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -201,5 +204,72 @@ ChartGridCheck::Measures ChartGridCheck::measure(const QImage& source, const QVe
 bool ChartGridCheck::accepts(const Measures& m)
 {
     return m.cellSpread <= kMaxCellSpread && m.bordersOnBackground >= kMinBordersOnBackground && m.greyStepsDown >= kMinGreyStepsDown && m.greyRange >= kMinGreyRange &&
+           m.greyChroma <= kMaxGreyChroma && m.hueAgreement >= kMinHueAgreement;
+}
+
+namespace {
+
+// The grid through the corner cells' centres, projectively, moved by whole or
+// part cells; empty when the corner cells do not span a quadrilateral.
+QVector<QPoint> movedGrid(const QVector<QPointF>& c, double dc, double dr)
+{
+    QPolygonF from, to;
+    from << QPointF(0, 0) << QPointF(kColumns - 1, 0) << QPointF(kColumns - 1, kRows - 1) << QPointF(0, kRows - 1);
+    to << c[0] << c[kColumns - 1] << c[kPatches - 1] << c[kPatches - kColumns];
+    QTransform t;
+    QVector<QPoint> moved;
+    if (!QTransform::quadToQuad(from, to, t))
+        return moved;
+    for (int k = 0; k < kPatches; ++k)
+        moved << t.map(QPointF(k % kColumns + dc, k / kColumns + dr)).toPoint();
+    return moved;
+}
+
+QVector<QPoint> rounded(const QVector<QPointF>& c)
+{
+    QVector<QPoint> out;
+    for (const QPointF& p : c)
+        out << p.toPoint();
+    return out;
+}
+
+}  // namespace
+
+double ChartGridCheck::shiftMargin(const QImage& image, const QVector<QPointF>& c)
+{
+    if (c.size() != kPatches || movedGrid(c, 0, 0).isEmpty())
+        return -2.0;
+    const double own = measure(image, rounded(c)).hueAgreement;
+    if (own <= -1.0)
+        return -2.0;
+    double rival = -1.0;
+    for (int dr = -1; dr <= 1; ++dr)
+        for (int dc = -1; dc <= 1; ++dc)
+            if (dc != 0 || dr != 0)
+                rival = std::max(rival, measure(image, movedGrid(c, dc, dr)).hueAgreement);
+    return own - rival;
+}
+
+double ChartGridCheck::halfShiftContrast(const QImage& image, const QVector<QPointF>& c)
+{
+    if (c.size() != kPatches || movedGrid(c, 0, 0).isEmpty())
+        return 0.0;
+    const double own = measure(image, rounded(c)).cellSpread;
+    double lowest = INFINITY;
+    const double moves[4][2] = {{0.5, 0}, {-0.5, 0}, {0, 0.5}, {0, -0.5}};
+    for (const auto& m : moves) {
+        const QVector<QPoint> moved = movedGrid(c, m[0], m[1]);
+        // A move that leaves the image tells nothing.
+        if (measure(image, moved).hueAgreement > -1.0)
+            lowest = std::min(lowest, measure(image, moved).cellSpread);
+    }
+    if (!std::isfinite(lowest))
+        return 0.0;
+    return lowest / std::max(own, 1e-3);
+}
+
+bool ChartGridCheck::acceptsWithoutBorders(const Measures& m)
+{
+    return m.cellSpread <= kMaxCellSpread && m.greyStepsDown >= kMinGreyStepsDown && m.greyRange >= kMinGreyRange &&
            m.greyChroma <= kMaxGreyChroma && m.hueAgreement >= kMinHueAgreement;
 }

@@ -2,6 +2,7 @@
 
 #include <QImage>
 #include <QPoint>
+#include <QPointF>
 #include <QVector>
 
 /// Second opinion on a fitted patch grid, from the unblurred working image:
@@ -37,4 +38,20 @@ public:
     static Measures measure(const QImage& image, const QVector<QPoint>& centres);
     /// Whether the measures describe the chart in its place.
     static bool accepts(const Measures& m);
+    /// All of `accepts` but the share of borders on the chart's background:
+    /// for grids whose placement is proven otherwise (see shiftMargin and
+    /// halfShiftContrast), on charts whose gaps are not one colour (prints,
+    /// frames shading off, other makers).
+    static bool acceptsWithoutBorders(const Measures& m);
+    /// The lowest cell spread of the grid moved by half a cell along either
+    /// axis over the grid's own: well above 1 when the cells lie inside the
+    /// patches and moving them puts them across patch borders. 0 when the grid
+    /// leaves the image or no move stays inside it.
+    static double halfShiftContrast(const QImage& image, const QVector<QPointF>& centres);
+    /// How much better the hues of the grid agree with the chart's than those
+    /// of the best of the eight grids moved by one column and/or row (on the
+    /// -1..2 scale of differences of hue agreements); the moved grids follow
+    /// the perspective of the corner cells, and those leaving the image do not
+    /// compete. -2 when the grid itself leaves the image.
+    static double shiftMargin(const QImage& image, const QVector<QPointF>& centres);
 };

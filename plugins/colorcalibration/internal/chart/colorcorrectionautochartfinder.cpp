@@ -1,5 +1,6 @@
 #include "colorcorrectionautochartfinder.h"
 
+#include "chartextendedsearch.h"
 #include "colorcorrectionautochartfinderimpl.h"
 
 #include <cmath>
@@ -26,7 +27,17 @@ ColorCorrectionAutoChartFinder::~ColorCorrectionAutoChartFinder() = default;
 ColorCorrectionAutoChartFinderResult ColorCorrectionAutoChartFinder::GetChartPosition(QImage image)
 {
     const QSize size = image.size();
-    const ColorCorrectionAutoChartFinderResult result = validate(m_impl->GetChartPosition(std::move(image)), size);
+    ColorCorrectionAutoChartFinderResult result = validate(m_impl->GetChartPosition(image), size);
+    if (result.valid) {
+        result.foundBy = ColorCorrectionAutoChartFinderResult::Search::Standard;
+    } else if (m_extended.enabled) {
+        const ColorCorrectionAutoChartFinderResult extended =
+            validate(ChartExtendedSearch::find(*m_impl, image, m_extended), size);
+        if (extended.valid) {
+            result = extended;
+            result.foundBy = ColorCorrectionAutoChartFinderResult::Search::Extended;
+        }
+    }
     emit autoChartFinderFinished(result);
     return result;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "colorcorrectionautochartfinderresult.h"
+#include "extendedchartsearchparameters.h"
 
 #include <QImage>
 #include <QObject>
@@ -19,8 +20,12 @@ public:
     ~ColorCorrectionAutoChartFinder() override;
 
     /// Returns the grid corners and emits them; `valid` is false when no chart
-    /// was found or the corners fail the plausibility rules.
+    /// was found or the corners fail the plausibility rules. The standard
+    /// search runs first; the extended one only when it finds nothing.
     ColorCorrectionAutoChartFinderResult GetChartPosition(QImage image);
+
+    const ExtendedChartSearchParameters& extendedSearchParameters() const { return m_extended; }
+    void setExtendedSearchParameters(const ExtendedChartSearchParameters& parameters) { m_extended = parameters; }
 
     /// The plausibility rules on a list of corners (top-left, top-right,
     /// bottom-left, bottom-right of the chart) for an image of `imageSize`:
@@ -34,4 +39,5 @@ signals:
 
 private:
     std::unique_ptr<ColorCorrectionAutoChartFinderImpl> m_impl;
+    ExtendedChartSearchParameters m_extended;
 };

@@ -92,22 +92,80 @@ struct Ratios {
 
 // Normalised correlation of two series with a floor on the sample series'
 // spread, in float as the search keeps its sums.
-float correlation(const float* x, const float* e, int n)
+// The expected series' sums, which the search would otherwise recompute for
+// every one of its placements.
+struct SeriesSums {
+    float s = 0, ss = 0;
+};
+
+SeriesSums sumsOf(const float* e, int n)
 {
-    float sx = 0, sxx = 0, se = 0, see = 0, sxe = 0;
+    SeriesSums out;
+    for (int i = 0; i < n; ++i) {
+        out.s += e[i];
+        out.ss += e[i] * e[i];
+    }
+    return out;
+}
+
+// The sums are kept in the order of a single pass over both series, so the
+// result does not depend on whether the expected sums were precomputed.
+float correlation(const float* x, const float* e, int n, const SeriesSums& es)
+{
+    float sx = 0, sxx = 0, sxe = 0;
     for (int i = 0; i < n; ++i) {
         sx += x[i];
         sxx += x[i] * x[i];
-        se += e[i];
-        see += e[i] * e[i];
         sxe += x[i] * e[i];
     }
     const float nf = float(n);
     const float vx = std::max(nf * sxx - sx * sx, nf * nf * kMinRatioVariance);
-    const float ve = nf * see - se * se;
+    const float ve = nf * es.ss - es.s * es.s;
     if (ve <= 0.0f)
         return 0.0f;
-    return (nf * sxe - sx * se) / std::sqrt(vx * ve);
+    return (nf * sxe - sx * es.s) / std::sqrt(vx * ve);
+}
+
+float correlation(const float* x, const float* e, int n)
+{
+    return correlation(x, e, n, sumsOf(e, n));
+}
+
+// The best mean of the two ratio correlations with one sample left out of
+// both series: a covered patch among the samples then costs little.
+float bestLeavingOneOut(const float* xr, const float* er, const float* xb, const float* eb, int n)
+{
+    struct Sums {
+        float sx = 0, sxx = 0, sxe = 0, se = 0, see = 0;
+        void add(float x, float e, float sign)
+        {
+            sx += sign * x;
+            sxx += sign * x * x;
+            sxe += sign * x * e;
+            se += sign * e;
+            see += sign * e * e;
+        }
+        float correlation(int m) const
+        {
+            const float mf = float(m);
+            const float vx = std::max(mf * sxx - sx * sx, mf * mf * kMinRatioVariance);
+            const float ve = mf * see - se * se;
+            return ve > 0.0f ? (mf * sxe - sx * se) / std::sqrt(vx * ve) : 0.0f;
+        }
+    };
+    Sums r, b;
+    for (int i = 0; i < n; ++i) {
+        r.add(xr[i], er[i], 1.0f);
+        b.add(xb[i], eb[i], 1.0f);
+    }
+    float best = -1.0f;
+    for (int i = 0; i < n; ++i) {
+        Sums r1 = r, b1 = b;
+        r1.add(xr[i], er[i], -1.0f);
+        b1.add(xb[i], eb[i], -1.0f);
+        best = std::max(best, 0.5f * (r1.correlation(n - 1) + b1.correlation(n - 1)));
+    }
+    return best;
 }
 
 struct Expected {
@@ -234,11 +292,19 @@ QImage ColorCorrectionAutoChartFinderImpl::killAllChannelBut(QColor mask, QImage
         return image;
     image = image.convertToFormat(QImage::Format_ARGB32);
     const float mr = float(mask.redF()), mg = float(mask.greenF()), mb = float(mask.blueF());
+    // Each channel takes only 256 values: the products are tabled once.
+    uint8_t lut[3][256];
+    for (int v = 0; v < 256; ++v) {
+        lut[0][v] = uint8_t(toByte(v * mr));
+        lut[1][v] = uint8_t(toByte(v * mg));
+        lut[2][v] = uint8_t(toByte(v * mb));
+    }
+    const int w = image.width();
     for (int y = 0; y < image.height(); ++y) {
         QRgb* line = reinterpret_cast<QRgb*>(image.scanLine(y));
-        for (int x = 0; x < image.width(); ++x) {
+        for (int x = 0; x < w; ++x) {
             const QRgb p = line[x];
-            line[x] = qRgba(toByte(qRed(p) * mr), toByte(qGreen(p) * mg), toByte(qBlue(p) * mb), 255);
+            line[x] = qRgba(lut[0][qRed(p)], lut[1][qGreen(p)], lut[2][qBlue(p)], 255);
         }
     }
     return image;
@@ -299,6 +365,123 @@ QPoint ColorCorrectionAutoChartFinderImpl::findPatchCenter(QImage image, QPoint 
     return p;
 }
 
+namespace {
+
+// The search model's nine patches in polar form around the chart centre (in
+// pitches, at search angle 0) and their expected ratios.
+struct SearchModel {
+    double angle[kModelSize];
+    double radius[kModelSize];
+    float rg[kModelSize];
+    float bg[kModelSize];
+};
+
+const SearchModel& searchModel()
+{
+    static const SearchModel m = [] {
+        SearchModel out{};
+        const QVector<QPoint> model = ColorCorrectionAutoChartFinderImpl::modelPatches();
+        const Expected& ex = expectedRatios();
+        for (int i = 0; i < kModelSize; ++i) {
+            const double u = model[i].x() - 2.5, v = model[i].y() - 1.5;
+            out.angle[i] = std::atan2(v, u) + kModelBaseAngle;
+            out.radius[i] = std::hypot(u, v);
+            out.rg[i] = ex.rg[model[i].y() * kColumns + model[i].x()];
+            out.bg[i] = ex.bg[model[i].y() * kColumns + model[i].x()];
+        }
+        return out;
+    }();
+    return m;
+}
+
+// Keeps the best `keep` candidates that lie apart: a candidate near a kept one
+// (within two of the larger pitch) only replaces it when it scores higher.
+void offer(std::vector<ColorCorrectionAutoChartFinderImpl::Candidate>& kept, size_t keep,
+           const ColorCorrectionAutoChartFinderImpl::Candidate& c)
+{
+    for (auto& k : kept) {
+        const QPoint d = k.centre - c.centre;
+        const double reach = 2.0 * std::max(k.pitch, c.pitch);
+        if (double(d.x()) * d.x() + double(d.y()) * d.y() < reach * reach) {
+            if (c.score > k.score)
+                k = c;
+            return;
+        }
+    }
+    if (kept.size() < keep) {
+        kept.push_back(c);
+        return;
+    }
+    auto worst = std::min_element(kept.begin(), kept.end(), [](const auto& a, const auto& b) { return a.score < b.score; });
+    if (c.score > worst->score)
+        *worst = c;
+}
+
+}  // namespace
+
+std::vector<ColorCorrectionAutoChartFinderImpl::Candidate> ColorCorrectionAutoChartFinderImpl::searchPlacements(
+    const FloatMatrix& rg, const FloatMatrix& bg, const SearchLadder& ladder, int keep)
+{
+    std::vector<Candidate> kept;
+    const int W = int(rg.nr()), H = int(rg.nc());
+    if (bg.nr() != W || bg.nc() != H || keep < 1)
+        return kept;
+    const SearchModel& m = searchModel();
+    const SeriesSums rgSums = sumsOf(m.rg, kModelSize), bgSums = sumsOf(m.bg, kModelSize);
+    // The running best starts at the smallest positive float: a candidate must score above it.
+    kept.push_back(Candidate{QPoint(), 0, 0.0f, FLT_MIN});
+    for (const int p : ladder.pitches) {
+        const int step = std::max(1, int(std::lround(p / 3.0)));
+        const int xMargin = int(std::lround(ladder.xMargin * p)), yMargin = int(std::lround(ladder.yMargin * p));
+        if (!(xMargin < W - xMargin))
+            break;
+        std::vector<std::array<QPoint, kModelSize>> offsets;
+        for (const float a : ladder.angles) {
+            std::array<QPoint, kModelSize> o;
+            for (int i = 0; i < kModelSize; ++i)
+                o[i] = QPoint(int(std::lround(std::cos(m.angle[i] + a) * m.radius[i] * p)),
+                              int(std::lround(std::sin(m.angle[i] + a) * m.radius[i] * p)));
+            offsets.push_back(o);
+        }
+        for (int y = yMargin; y <= H - yMargin; y += step) {
+            for (int x = xMargin; x <= W - xMargin; x += step) {
+                for (size_t a = 0; a < offsets.size(); ++a) {
+                    float xr[kModelSize], xb[kModelSize];
+                    bool inside = true;
+                    for (int i = 0; i < kModelSize && inside; ++i) {
+                        const int sx = x + offsets[a][i].x(), sy = y + offsets[a][i].y();
+                        inside = sx >= 0 && sy >= 0 && sx < W && sy < H;
+                        if (inside) {
+                            xr[i] = rg(sx, sy);
+                            xb[i] = bg(sx, sy);
+                        }
+                    }
+                    if (!inside)
+                        continue;
+                    // A correlation cannot exceed 1 (the slack covers rounding): when
+                    // the first one leaves no chance to beat the bar, skip the second.
+                    const float first = correlation(xr, m.rg, kModelSize, rgSums);
+                    const float bar = keep == 1 ? kept[0].score : ladder.minScore;
+                    if (0.5f * (first + 1.01f) <= bar - ladder.leaveOneOutSlack)
+                        continue;
+                    float score = 0.5f * (first + correlation(xb, m.bg, kModelSize, bgSums));
+                    if (ladder.leaveOneOutSlack > 0.0f && score > bar - ladder.leaveOneOutSlack)
+                        score = std::max(score, bestLeavingOneOut(xr, m.rg, xb, m.bg, kModelSize));
+                    if (keep == 1) {
+                        if (score > kept[0].score)
+                            kept[0] = Candidate{QPoint(x, y), p, ladder.angles[a], score};
+                    } else if (score > ladder.minScore) {
+                        offer(kept, size_t(keep), Candidate{QPoint(x, y), p, ladder.angles[a], score});
+                    }
+                }
+            }
+        }
+    }
+    kept.erase(std::remove_if(kept.begin(), kept.end(), [](const Candidate& c) { return c.pitch == 0; }), kept.end());
+    std::sort(kept.begin(), kept.end(), [](const Candidate& a, const Candidate& b) { return a.score > b.score; });
+    return kept;
+}
+
 QVector<QPoint> ColorCorrectionAutoChartFinderImpl::getInitialRegressionPatches(QImage image)
 {
     if (image.isNull())
@@ -318,68 +501,30 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::getInitialRegressionPatches(
     if (rg.nr() != W || rg.nc() != H)
         return {};
 
-    const QVector<QPoint> model = modelPatches();
-    const Expected& ex = expectedRatios();
-    float er[kModelSize], eb[kModelSize];
-    double modelAngle[kModelSize], modelRadius[kModelSize];
-    for (int i = 0; i < kModelSize; ++i) {
-        const double u = model[i].x() - 2.5, v = model[i].y() - 1.5;
-        modelAngle[i] = std::atan2(v, u) + kModelBaseAngle;
-        modelRadius[i] = std::hypot(u, v);
-        er[i] = ex.rg[model[i].y() * kColumns + model[i].x()];
-        eb[i] = ex.bg[model[i].y() * kColumns + model[i].x()];
-    }
-
-    float best = FLT_MIN;
-    QPoint bestCentre;
-    int bestPitch = 0;
-    float bestAngle = 0.0f;
-    for (int s = 0; s < scales; ++s) {
-        const int p = int(std::lround(largest * std::pow(0.75, s)));
-        const int step = std::max(1, int(std::lround(p / 3.0)));
-        if (!(2 * p < W - 2 * p))
-            break;
-        const int yMargin = int(std::lround(1.5 * p));
-        std::vector<std::array<QPoint, kModelSize>> offsets;
-        std::vector<float> angles;
-        for (float a = 0.0f; a < kAngleLimit; a += kAngleStep) {
-            std::array<QPoint, kModelSize> o;
-            for (int i = 0; i < kModelSize; ++i)
-                o[i] = QPoint(int(std::lround(std::cos(modelAngle[i] + a) * modelRadius[i] * p)),
-                              int(std::lround(std::sin(modelAngle[i] + a) * modelRadius[i] * p)));
-            offsets.push_back(o);
-            angles.push_back(a);
-        }
-        for (int y = yMargin; y <= H - yMargin; y += step) {
-            for (int x = 2 * p; x <= W - 2 * p; x += step) {
-                for (size_t a = 0; a < offsets.size(); ++a) {
-                    float xr[kModelSize], xb[kModelSize];
-                    bool inside = true;
-                    for (int i = 0; i < kModelSize && inside; ++i) {
-                        const int sx = x + offsets[a][i].x(), sy = y + offsets[a][i].y();
-                        inside = sx >= 0 && sy >= 0 && sx < W && sy < H;
-                        if (inside) {
-                            xr[i] = rg(sx, sy);
-                            xb[i] = bg(sx, sy);
-                        }
-                    }
-                    if (!inside)
-                        continue;
-                    const float score =
-                        0.5f * (correlation(xr, er, kModelSize) + correlation(xb, eb, kModelSize));
-                    if (score > best) {
-                        best = score;
-                        bestCentre = QPoint(x, y);
-                        bestPitch = p;
-                        bestAngle = angles[a];
-                    }
-                }
-            }
-        }
-    }
-    if (best < kMinSearchScore || bestPitch == 0)
+    SearchLadder ladder;
+    for (int s = 0; s < scales; ++s)
+        ladder.pitches.push_back(int(std::lround(largest * std::pow(0.75, s))));
+    for (float a = 0.0f; a < kAngleLimit; a += kAngleStep)
+        ladder.angles.push_back(a);
+    ladder.xMargin = 2.0;
+    ladder.yMargin = 1.5;
+    const std::vector<Candidate> best = searchPlacements(rg, bg, ladder, 1);
+    if (best.empty() || best[0].score < kMinSearchScore)
         return {};
+    return refinePlacement(rg, bg, best[0]);
+}
 
+QVector<QPoint> ColorCorrectionAutoChartFinderImpl::refinePlacement(const FloatMatrix& rg, const FloatMatrix& bg,
+                                                                    const Candidate& candidate, float* score)
+{
+    const int W = int(rg.nr()), H = int(rg.nc());
+    const SearchModel& m = searchModel();
+    const Expected& ex = expectedRatios();
+    const QPoint bestCentre = candidate.centre;
+    const int bestPitch = candidate.pitch;
+    const float bestAngle = candidate.angle;
+    const double* modelAngle = m.angle;
+    const double* modelRadius = m.radius;
     // The ladder's steps (a quarter in pitch, 15 degrees in angle, a third of
     // a pitch in position) leave the outer patches up to half a cell off. A
     // finer search around the winner, scored on all 24 patches, closes that gap.
@@ -435,6 +580,8 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::getInitialRegressionPatches(
             }
         }
     }
+    if (score)
+        *score = fineScore;
     QVector<QPoint> centres;
     for (int i = 0; i < kModelSize; ++i)
         centres << (fineCentre + QPointF(std::cos(modelAngle[i] + fineAngle), std::sin(modelAngle[i] + fineAngle)) *
@@ -675,6 +822,17 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::GetChartPosition(QImage imag
         return {};
     const QImage blurred = boxFilter(small, 5);
     const QVector<QPoint> initial = getInitialRegressionPatches(blurred);
+    // A grid beside the chart can still match its colour ratios; a wrong grid
+    // is worse than none, since calibration would measure the wrong patches.
+    return placeGrid(image, blurred, initial, f, [&small](const QVector<QPoint>& centres, const QVector<QPointF>&) {
+        return ChartGridCheck::accepts(ChartGridCheck::measure(small, centres));
+    });
+}
+
+QVector<QPoint> ColorCorrectionAutoChartFinderImpl::placeGrid(const QImage& image, const QImage& blurred,
+                                                             const QVector<QPoint>& initial, double f,
+                                                             const GridAcceptance& accept)
+{
     QVector<QPoint> centres = getAllPatchCenter(blurred, initial);
     // The reduced, blurred image places the grid to a pixel or two of its
     // 640 columns, which for a small chart is a good part of a patch; the
@@ -688,9 +846,7 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::GetChartPosition(QImage imag
         for (int k = 0; k < centres.size(); ++k)
             centres[k] = (refined[k] / f).toPoint();
     }
-    // A grid beside the chart can still match its colour ratios; a wrong grid
-    // is worse than none, since calibration would measure the wrong patches.
-    if (centres.size() == 24 && !ChartGridCheck::accepts(ChartGridCheck::measure(small, centres)))
+    if (centres.size() == 24 && !accept(centres, refined))
         return {};
     QVector<QPoint> corners = getColorCheckerCorners(centres);
     // Rounding the centres to working pixels before extrapolating doubles the

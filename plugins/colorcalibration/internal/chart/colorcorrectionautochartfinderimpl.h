@@ -7,6 +7,9 @@
 
 #include <dlib/matrix.h>
 
+#include <functional>
+#include <vector>
+
 /// The image analysis behind ColorCorrectionAutoChartFinder. Holds no state;
 /// every operation works on its own copies. Numeric fields are indexed [x][y].
 class ColorCorrectionAutoChartFinderImpl {
@@ -15,6 +18,32 @@ public:
 
     /// Analysis width: every input is reduced to this many pixels across.
     static constexpr int kWorkingWidth = 640;
+
+    /// One placement of the search model on the ratio fields.
+    struct Candidate {
+        QPoint centre;    ///< working pixels
+        int pitch = 0;    ///< working pixels
+        float angle = 0;  ///< radians, search angle
+        float score = 0;  ///< mean of the two ratio correlations, 1 = perfect
+    };
+    /// The placements a search tries: every pitch (in order) at every angle,
+    /// centres on a grid of a third of the pitch, kept the given number of
+    /// pitches from the image's sides.
+    struct SearchLadder {
+        std::vector<int> pitches;
+        std::vector<float> angles;
+        double xMargin = 2.0;
+        double yMargin = 1.5;
+        /// With more than one kept candidate, only those scoring above this count.
+        float minScore = 0.0f;
+        /// Above 0, placements scoring within this of the bar are scored
+        /// again with each of the model's samples left out in turn, and keep
+        /// the best: one covered patch among the nine then hides no chart.
+        float leaveOneOutSlack = 0.0f;
+    };
+    /// Accepts or refuses a settled grid: its 24 centres in working pixels and
+    /// in full-size pixels, both in chart order.
+    using GridAcceptance = std::function<bool(const QVector<QPoint>& working, const QVector<QPointF>& full)>;
 
     /// The four grid corners in full-size pixels (top-left, top-right,
     /// bottom-left, bottom-right in chart order), or a list of another length
@@ -36,6 +65,21 @@ public:
     /// Centres of the search model's nine patches for the best-scoring
     /// position, pitch and angle; empty when nothing resembles the chart.
     QVector<QPoint> getInitialRegressionPatches(QImage image);
+    /// The best placements over the ladder, best first: with `keep` 1 the single
+    /// best; otherwise up to `keep` placements at least two pitches apart.
+    static std::vector<Candidate> searchPlacements(const FloatMatrix& rg, const FloatMatrix& bg,
+                                                   const SearchLadder& ladder, int keep);
+    /// The nine model centres of a placement after a finer search scored on
+    /// all 24 patches (red and blue over green ratio fields, working pixels);
+    /// `score` receives that search's best score (as Candidate::score).
+    QVector<QPoint> refinePlacement(const FloatMatrix& rg, const FloatMatrix& bg, const Candidate& candidate,
+                                    float* score = nullptr);
+    /// From the nine model centres on `blurred` (a blurred copy of `working`,
+    /// which is `image` reduced by `scale`) to the grid corners in full-size
+    /// pixels: completes and refines the grid, places it on the full-size
+    /// image and asks `accept`; an empty list when any step fails.
+    QVector<QPoint> placeGrid(const QImage& image, const QImage& blurred, const QVector<QPoint>& initial,
+                              double scale, const GridAcceptance& accept);
     /// Design matrix over grid coordinates (column, row): 1, column, row and,
     /// with `secondOrder`, column * row, column^2, row^2.
     FloatMatrix buildPatchMatrix(QVector<QPoint> gridCoordinates, bool secondOrder);

@@ -12,6 +12,10 @@ struct ColorCorrectionAutoChartFinderResult {
     QPoint bottomLeft;
     QPoint bottomRight;
     bool valid = false;
+    /// Which search found the chart: the standard one, or the extended one
+    /// that runs when the standard one finds nothing. None when not valid.
+    enum class Search { None, Standard, Extended };
+    Search foundBy = Search::None;
 };
 
 Q_DECLARE_METATYPE(ColorCorrectionAutoChartFinderResult)
