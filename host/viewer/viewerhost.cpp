@@ -24,12 +24,22 @@ struct ViewerHost::Impl {
     std::unique_ptr<Core::Plugin::PluginManager> manager;
 };
 
-ViewerHost::ViewerHost(QObject* parent) : QObject(parent), d(new Impl)
+namespace {
+Kalto::CTransportLayerRegistry& defaultRegistry()
+{
+    EmulatorTransportLayer::registerDefault();
+    return Kalto::CTransportLayerRegistry::instance();
+}
+}  // namespace
+
+ViewerHost::ViewerHost(QObject* parent) : ViewerHost(defaultRegistry(), parent) {}
+
+ViewerHost::ViewerHost(Kalto::CTransportLayerRegistry& registry, QObject* parent)
+    : QObject(parent), d(new Impl)
 {
     // The host's icons live in this static library; keep them linked in.
     Q_INIT_RESOURCE(viewer);
-    EmulatorTransportLayer::registerDefault();
-    d->pool = std::make_unique<Plugin::CameraPool::CameraPool>(Kalto::CTransportLayerRegistry::instance());
+    d->pool = std::make_unique<Plugin::CameraPool::CameraPool>(registry);
 
     for (const MenuIds::MenuLayout& layout : MenuIds::layout()) {
         Plugin::AppCore::IMenu* menu = d->menus->createMenu(Core::CId(layout.id));

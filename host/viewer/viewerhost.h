@@ -7,6 +7,9 @@
 
 #include <memory>
 
+namespace Kalto {
+class CTransportLayerRegistry;
+}
 namespace Plugin {
 namespace AppCore {
 class IMenuService;
@@ -25,7 +28,10 @@ class CameraPool;
 class ViewerHost : public QObject {
     Q_OBJECT
 public:
+    /// Over the process-wide registry, with the emulated cameras registered.
     explicit ViewerHost(QObject* parent = nullptr);
+    /// Over the backends of `registry`, which must outlive the host.
+    explicit ViewerHost(Kalto::CTransportLayerRegistry& registry, QObject* parent = nullptr);
     ~ViewerHost() override;
 
     Plugin::AppCore::IMenuService& menus();
