@@ -95,6 +95,9 @@ bool CColorCalibrationPlugin::setLanguage(const QString& language)
     }
     if (calibrationTranslator.load(catalogue("ColorCalibration", language)))
         calibrationTranslatorInstalled = QCoreApplication::installTranslator(&calibrationTranslator);
+    // The action exists since postInitialize; actions do not retranslate themselves.
+    if (startAction)
+        startAction->setText(tr("Color Calibrator"));
     return tool || calibrationTranslatorInstalled;
 }
 
