@@ -12,7 +12,9 @@ class QmlDataModelInterface;
 class ColorCorrectionToolDlg : public QDialog {
     Q_OBJECT
 public:
-    /// `qmlInterface` is not owned and must outlive the dialog.
+    /// `qmlInterface` is not owned. Its view is embedded here, and a window
+    /// container deletes what it holds: delete the facade (and so its view)
+    /// before the dialog.
     ColorCorrectionToolDlg(QmlDataModelInterface* qmlInterface, QWidget* parent);
     ~ColorCorrectionToolDlg() override;
 
