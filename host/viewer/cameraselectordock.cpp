@@ -44,6 +44,7 @@ CameraSelectorDock::CameraSelectorDock(ViewerHost& host, QWidget* parent)
     m_tree->setHeaderLabels({tr("Device"), tr("Model")});
     m_tree->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     m_tree->setContextMenuPolicy(Qt::CustomContextMenu);
+    m_tree->setMinimumWidth(330);
     setWidget(m_tree);
 
     connect(m_tree, &QTreeWidget::currentItemChanged, this,

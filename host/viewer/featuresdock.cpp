@@ -53,8 +53,9 @@ FeaturesDock::FeaturesDock(ViewerHost& host, QWidget* parent)
     m_tree->setObjectName(QStringLiteral("featureTree"));
     m_tree->setAccessibleName(tr("Features"));
     m_tree->setHeaderLabels({tr("Feature"), tr("Value")});
-    m_tree->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
-    m_tree->setMinimumWidth(380);
+    m_tree->header()->setSectionResizeMode(0, QHeaderView::Interactive);
+    m_tree->header()->resizeSection(0, 250);
+    m_tree->setMinimumWidth(500);
     setWidget(m_tree);
     m_refresh->setSingleShot(true);
     m_refresh->setInterval(50);
