@@ -19,6 +19,7 @@
 #include "parametercollection/integerparameter.h"
 #include "parametercollection/iparametercollection.h"
 
+#include <QContextMenuEvent>
 #include <QDir>
 #include <QDoubleSpinBox>
 #include <QMenuBar>
@@ -218,6 +219,19 @@ TEST_F(ViewerTest, TheToolsMenuOffersTheCalibratorOnlyForCompatibleCamerasAndOpe
     ASSERT_NE(calibrator, nullptr);
     EXPECT_FALSE(calibrator->isVisible());
     QTest::keyClick(tools, Qt::Key_Escape);
+
+    // The camera's own context menu offers it as soon as a supported camera is under the mouse.
+    QStringList contextEntries;
+    whenWindowAppears([](QWidget* w) { return qobject_cast<QMenu*>(w) != nullptr; }, [&](QWidget* w) {
+        for (QAction* a : w->actions())
+            if (a->isVisible() && !a->isSeparator())
+                contextEntries << a->text();
+        w->close();
+    });
+    const QPoint at = cameraList()->visualItemRect(cameraItem("emu-cmed-0")).center();
+    QContextMenuEvent rightClick(QContextMenuEvent::Mouse, at, cameraList()->viewport()->mapToGlobal(at));
+    QApplication::sendEvent(cameraList()->viewport(), &rightClick);
+    EXPECT_TRUE(contextEntries.contains("Color Calibrator")) << contextEntries.join(", ").toStdString();
 
     clickCamera("emu-cmed-0", true);
     clickToolButton(window().liveView()->continuousShotAction());
