@@ -158,11 +158,17 @@ FeatureEditor* FeatureEditor::create(const ParameterCollection::IParameterCollec
         combo->setParent(editor);
         impl->refresh = [p, combo] {
             const QSignalBlocker block(combo);
-            combo->clear();
-            for (const QVariantMap& entry : p->entries())
-                if (entry.value(QStringLiteral("Available")).toBool())
-                    combo->addItem(entry.value(QStringLiteral("DisplayName")).toString(),
-                                   entry.value(QStringLiteral("Symbolic")));
+            // Rebuilt only when the entries change, so an open list stays put.
+            QStringList symbolics;
+            for (int i = 0; i < combo->count(); ++i)
+                symbolics << combo->itemData(i).toString();
+            if (symbolics != p->symbolics()) {
+                combo->clear();
+                for (const QVariantMap& entry : p->entries())
+                    if (entry.value(QStringLiteral("Available")).toBool())
+                        combo->addItem(entry.value(QStringLiteral("DisplayName")).toString(),
+                                       entry.value(QStringLiteral("Symbolic")));
+            }
             combo->setCurrentIndex(combo->findData(p->value()));
             combo->setEnabled(p->isWritable());
         };

@@ -47,6 +47,9 @@ QString catalogue(const char* name, const QString& language)
 static void initResources()
 {
     Q_INIT_RESOURCE(colcal_ui);
+#ifdef COLCAL_HAVE_TRANSLATIONS
+    Q_INIT_RESOURCE(colcal_translations);
+#endif
 }
 
 namespace Plugin {
