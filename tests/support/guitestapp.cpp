@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QFile>
 #include <QSettings>
 #include <QTemporaryDir>
 
@@ -19,7 +20,7 @@ QTemporaryDir* sandboxDir()
 
 void setDefault(const char* name, const char* value)
 {
-    if (qEnvironmentVariableIsEmpty(name))
+    if (!qEnvironmentVariableIsSet(name))
         qputenv(name, value);
 }
 
@@ -33,13 +34,15 @@ QApplication* instance()
     if (!dir->isValid())
         throw std::runtime_error("no temporary folder for the test sandbox");
     const QDir root(dir->path());
-    for (const char* sub : {"data", "config", "home/Documents", "settings"})
+    for (const char* sub : {"data", "config", "home/Documents", "settings", "runtime"})
         root.mkpath(sub);
+    QFile::setPermissions(root.filePath("runtime"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     setDefault("QT_QPA_PLATFORM", "offscreen");
     setDefault("QT_QUICK_BACKEND", "software");
     qputenv("XDG_DATA_HOME", root.filePath("data").toUtf8());
     qputenv("XDG_CONFIG_HOME", root.filePath("config").toUtf8());
     qputenv("HOME", root.filePath("home").toUtf8());
+    qputenv("XDG_RUNTIME_DIR", root.filePath("runtime").toUtf8());
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, root.filePath("settings"));
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, root.filePath("settings"));
     QCoreApplication::setOrganizationName("Ostrel");

@@ -6,7 +6,8 @@
 class QApplication;
 
 /// The one QApplication of a test program, offscreen and with the software
-/// scene graph unless the environment already says otherwise. Settings
+/// scene graph unless the environment already says otherwise (an empty
+/// QT_QUICK_BACKEND keeps Qt's default, OpenGL, which video output needs). Settings
 /// (native and INI, user scope), XDG_DATA_HOME, XDG_CONFIG_HOME and
 /// HOME/Documents point into one temporary folder that lives as long as the
 /// program, so no test reads or writes the real user's files.

@@ -94,6 +94,7 @@ void QMLKaltoCameraGrabber::doWork()
         if (!grab.result()) {
             qDebug() << "Grab failed, delivery of Ostrel logo";
             paintLogo();
+            emit imageReady(false);
             emit imageFailed();
         } else {
             if (image->size() != m_lastImageSize) {

@@ -1,0 +1,466 @@
+#include "qmldatamodelinterface.h"
+
+#include "colorcorrectionmodel.h"
+#include "emulatedcamera.h"
+#include "emulatedpool.h"
+#include "guitestapp.h"
+#include "originalimageprovider.h"
+#include "pointtransformer.h"
+#include "qmlexposuretime.h"
+#include "qmlfiledialog.h"
+#include "qmlgainvalue.h"
+#include "qmlkaltocamera.h"
+#include "qmltrapezoid.h"
+#include "qmltrapezoidlist.h"
+
+#include "chartprojection.h"
+#include "genicam/nodemap.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QGuiApplication>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QQmlComponent>
+#include <QQmlContext>
+#include <QQmlEngine>
+#include <QQuickView>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <functional>
+
+namespace {
+
+bool waitFor(const std::function<bool()>& done, int timeoutMs)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (!done() && clock.elapsed() < timeoutMs)
+        QTest::qWait(10);
+    return done();
+}
+
+using Log = QPair<QString, int>;
+
+/// The facade over the session of one emulated camera, as the plug-in builds
+/// it: the session opened, then the facade with its view loaded.
+class FacadeRig {
+public:
+    explicit FacadeRig(const QString& id) : id(id), model(pool.createModel())
+    {
+        pool.setFrameSize(id, 480, 300);
+        opened = model->Open(pool.info(id));
+        facade = std::make_unique<QmlDataModelInterface>(model.get());
+        QObject::connect(facade.get(), &QmlDataModelInterface::forwardLogMessage,
+                         [this](QString text, Core::Logging::ELogLevel level) { logs << Log(text, int(level)); });
+    }
+    ~FacadeRig()
+    {
+        facade.reset();
+        model->Close();
+    }
+
+    EmulatedCamera& device() { return pool.device(id); }
+
+    /// Moves the outline over the emulated chart as a user dragging its corners would.
+    void placeGridOnChart()
+    {
+        const CTrapezoid chart = pool.grid(id);
+        PointTransformer* t = facade->transformer();
+        QmlTrapezoid* outline = facade->gridOutline();
+        outline->setUpperLeft(t->inverseTransform(chart.getTopLeft()));
+        outline->setUpperRight(t->inverseTransform(chart.getTopRight()));
+        outline->setLowerRight(t->inverseTransform(chart.getBottomRight()));
+        outline->setLowerLeft(t->inverseTransform(chart.getBottomLeft()));
+        facade->updateTrapezoidList();
+    }
+
+    QString file(const QString& name) const { return QDir(GuiTestApp::sandbox()).filePath(name); }
+
+    QString id;
+    EmulatedPool pool;
+    std::unique_ptr<ColorCorrectionModel> model;
+    std::unique_ptr<QmlDataModelInterface> facade;
+    QList<Log> logs;
+    bool opened = false;
+};
+
+int maxCornerDistance(const CTrapezoid& a, const CTrapezoid& b)
+{
+    auto d = [](QPoint p, QPoint q) { return (p - q).manhattanLength(); };
+    return std::max({d(a.getTopLeft(), b.getTopLeft()), d(a.getTopRight(), b.getTopRight()),
+                     d(a.getBottomLeft(), b.getBottomLeft()), d(a.getBottomRight(), b.getBottomRight())});
+}
+
+TEST(QmlDataModelInterface, PublishesItsObjectsAndTypesToTheLoadedView)
+{
+    FacadeRig rig(EmulatedPool::kMedical);
+    ASSERT_TRUE(rig.opened);
+    QQuickView* view = rig.facade->view();
+    EXPECT_EQ(view->status(), QQuickView::Ready) << view->errors().value(0).toString().toStdString();
+    EXPECT_EQ(view->source(), QUrl("qrc:/ColCal/main.qml"));
+    QQmlContext* context = view->rootContext();
+    const QList<QPair<const char*, QObject*>> published = {
+        {"qmlModelInterface", rig.facade.get()},       {"gridOutline", rig.facade->gridOutline()},
+        {"camera", rig.facade->camera()},              {"grid", rig.facade->grid()},
+        {"exposureTime", rig.facade->exposureTime()},  {"gainValue", rig.facade->gainValue()},
+        {"transformer", rig.facade->transformer()}};
+    for (const auto& p : published)
+        EXPECT_EQ(context->contextProperty(p.first).value<QObject*>(), p.second) << p.first;
+
+    QQmlComponent trapezoid(view->engine());
+    trapezoid.setData("import com.ostrel.trapezoid 1.0\nTrapezoid {}", QUrl());
+    std::unique_ptr<QObject> t(trapezoid.create());
+    EXPECT_NE(qobject_cast<QmlTrapezoid*>(t.get()), nullptr);
+    QQmlComponent dialog(view->engine());
+    dialog.setData("import com.ostrel.filedialog 1.0\nQMLFileDialog { title: \"x\" }", QUrl());
+    std::unique_ptr<QObject> d(dialog.create());
+    EXPECT_NE(qobject_cast<QMLFileDialog*>(d.get()), nullptr);
+    EXPECT_NE(view->engine()->imageProvider("cameraImageOriginal"), nullptr);
+}
+
+TEST(QmlDataModelInterface, PropertyNotificationRules)
+{
+    FacadeRig rig(EmulatedPool::kMedical);
+    QmlDataModelInterface& f = *rig.facade;
+    QSignalSpy step(&f, &QmlDataModelInterface::activeStepChanged);
+    QSignalSpy grid(&f, &QmlDataModelInterface::showGridChanged);
+    QSignalSpy single(&f, &QmlDataModelInterface::singleShotEnabledChanged);
+    QSignalSpy file(&f, &QmlDataModelInterface::calibrationFileToSaveChanged);
+    EXPECT_EQ(f.activeStep(), 1);
+    f.setActiveStep(1);
+    f.setActiveStep(1);
+    EXPECT_EQ(step.count(), 2);  // always, so the wizard re-evaluates the step
+    f.forceReload();
+    EXPECT_EQ(step.count(), 3);
+    EXPECT_EQ(f.activeStep(), 1);
+    f.setShowGrid(false);
+    f.setShowGrid(false);
+    EXPECT_EQ(grid.count(), 1);
+    f.setSingleShotEnabled(true);
+    f.setSingleShotEnabled(true);
+    EXPECT_EQ(single.count(), 1);
+    f.setCalibrationFileToSave("a.pfs");
+    f.setCalibrationFileToSave("a.pfs");
+    EXPECT_EQ(file.count(), 1);
+    EXPECT_EQ(f.gray80PercentHitRate(), 1000.0);
+    EXPECT_EQ(f.kaltoStandardLocation(), "file:///" + QDir(GuiTestApp::sandbox()).filePath("home/Documents"));
+    EXPECT_EQ(f.originalImageUrl(), "image://cameraImageOriginal/0_0");
+}
+
+TEST(QmlDataModelInterface, ResetRestartsTheWizardQuietly)
+{
+    FacadeRig rig(EmulatedPool::kMedical);
+    QmlDataModelInterface& f = *rig.facade;
+    f.setActiveStep(3);
+    f.setShowGrid(false);
+    f.setInitial(false);
+    f.setSingleShotEnabled(true);
+    f.setPreviousCalibrationFile("p.pfs");
+    f.setSummaryFileToSave("s");
+    QSignalSpy step(&f, &QmlDataModelInterface::activeStepChanged);
+    QSignalSpy grid(&f, &QmlDataModelInterface::showGridChanged);
+    f.reset();
+    EXPECT_EQ(f.activeStep(), 1);
+    EXPECT_TRUE(f.showGrid());
+    EXPECT_TRUE(f.initial());
+    EXPECT_TRUE(f.singleShotEnabled());  // survives
+    EXPECT_TRUE(f.previousCalibrationFile().isEmpty());
+    EXPECT_TRUE(f.summaryFileToSave().isEmpty());
+    EXPECT_EQ(step.count(), 0);
+    EXPECT_EQ(grid.count(), 0);
+    EXPECT_EQ(f.view()->status(), QQuickView::Ready);
+    EXPECT_EQ(f.exposureTime()->value(), -1);
+}
+
+struct DemoRow {
+    QVariant demoMode;
+    bool expected;
+};
+
+class QmlDataModelInterfaceDemo : public ::testing::TestWithParam<DemoRow> {};
+
+TEST_P(QmlDataModelInterfaceDemo, AutoCalibrationFollowsDemoMode)
+{
+    FacadeRig rig(EmulatedPool::kMedical);
+    GuiTestApp::clearPluginSettings();
+    if (GetParam().demoMode.isValid())
+        GuiTestApp::setPluginSetting("EnableDemoMode", GetParam().demoMode);
+    EXPECT_EQ(rig.facade->hasAutoCalibration(), GetParam().expected);
+    EXPECT_EQ(rig.facade->property("useAutoCalibration").toBool(), GetParam().expected);
+    GuiTestApp::clearPluginSettings();
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, QmlDataModelInterfaceDemo,
+                         ::testing::Values(DemoRow{QVariant(), false}, DemoRow{false, false}, DemoRow{true, true}));
+
+TEST(QmlDataModelInterface, ForwardsTheSessionsAndCamerasNotifications)
+{
+    FacadeRig rig(EmulatedPool::kMedical);
+    ASSERT_TRUE(rig.opened);
+    QSignalSpy grabFailed(rig.facade.get(), &QmlDataModelInterface::forwardImageGrabFailed);
+    QSignalSpy removed(rig.facade.get(), &QmlDataModelInterface::forwardCameraRemoved);
+    emit rig.model->LogMessage("Camera is warm", Core::Logging::LogLevelWarning);
+    QMetaObject::invokeMethod(rig.facade->camera(), "imageFailed");
+    ASSERT_TRUE(waitFor([&] { return !rig.logs.isEmpty(); }, 2000));
+    EXPECT_EQ(rig.logs.first(), Log("Camera is warm", 2));
+    EXPECT_EQ(grabFailed.count(), 1);
+
+    rig.device().disconnect();
+    ASSERT_TRUE(waitFor([&] { return removed.count() == 1; }, 5000));
+}
+
+TEST(QmlDataModelInterface, LoadSettingsReadsTheFileAndRefusesBadPaths)
+{
+    FacadeRig rig(EmulatedPool::kMedical);
+    ASSERT_TRUE(rig.opened);
+    rig.facade->camera()->stopGrab();
+    Kalto::CNodeMap& map = rig.device().nodeMap();
+    map.setEnum("ExposureAuto", "Off");
+    map.setFloat("ExposureTime", 8000.0);
+    const QString saved = rig.file("load.pfs");
+    {
+        QFile out(saved);
+        ASSERT_TRUE(out.open(QIODevice::WriteOnly | QIODevice::Text));
+        out.write(rig.pool.settingsText(rig.id).toUtf8());
+    }
+    map.setFloat("ExposureTime", 2000.0);
+    const QString changed = rig.pool.settingsText(rig.id);
+
+    EXPECT_FALSE(rig.facade->loadSettings(rig.file("missing.pfs")));
+    EXPECT_FALSE(rig.facade->loadSettings(GuiTestApp::sandbox()));  // a folder cannot be read as text
+    EXPECT_EQ(rig.pool.settingsText(rig.id), changed);
+
+    EXPECT_TRUE(rig.facade->loadSettings(saved));
+    EXPECT_DOUBLE_EQ(map.getFloat("ExposureTime"), 8000.0);
+}
+
+TEST(QmlDataModelInterface, FailedSavesAreLoggedAsErrors)
+{
+    FacadeRig rig(EmulatedPool::kMedical);
+    ASSERT_TRUE(rig.opened);
+    rig.facade->camera()->stopGrab();
+    const QString nowhere = "/proc/no/such/folder/settings.pfs";
+    rig.facade->setCalibrationFileToSave(nowhere);
+    rig.facade->setSummaryFileToSave("/proc/no/such/folder");
+    EXPECT_FALSE(rig.facade->saveSettingsToFilePath());
+    EXPECT_FALSE(rig.facade->saveSummaryToFilePath());
+    rig.device().disconnect();  // the camera is gone when the user set is to be written
+    EXPECT_FALSE(rig.facade->storeSettingsInUserSet("UserSet2"));
+    ASSERT_EQ(rig.logs.size(), 3);
+    EXPECT_EQ(rig.logs[0], Log(QString::fromUtf8("Settings couldn\u2019t be saved in ") + nowhere, 3));
+    EXPECT_EQ(rig.logs[1], Log(QString::fromUtf8("Summary couldn\u2019t be saved in /proc/no/such/folder"), 3));
+    EXPECT_EQ(rig.logs[2], Log(QString::fromUtf8("Settings couldn\u2019t be saved in UserSet2"), 3));
+}
+
+class QmlDataModelInterfaceCalibration : public ::testing::TestWithParam<const char*> {};
+
+// The wizard's forward path, step by step, through the facade alone.
+TEST_P(QmlDataModelInterfaceCalibration, WholeCalibrationThroughTheInvokables)
+{
+    FacadeRig rig(GetParam());
+    ASSERT_TRUE(rig.opened);
+    QmlDataModelInterface& f = *rig.facade;
+
+    // Step 1: the grid over the chart.
+    ASSERT_TRUE(waitFor([&] { return f.camera()->originalSize() == QSize(480, 300); }, 10000));
+    rig.placeGridOnChart();
+    ASSERT_EQ(f.grid()->count(), 24);
+    EXPECT_LE(maxCornerDistance(rig.model->GetGridPosition(), rig.pool.grid(rig.id)), 4);
+
+    // Step 1 to 2.
+    f.camera()->stopGrab();
+    ASSERT_TRUE(f.createSettingsBackup());
+    ASSERT_TRUE(f.createSettingsBackup(true));
+    ASSERT_TRUE(f.setNeutralSettings());
+    ASSERT_TRUE(f.executeWhitebalance());
+    f.activateMonoImage();
+    f.disableAutoFunctions();
+    ASSERT_TRUE(f.exposureTime()->initialize());
+    ASSERT_TRUE(f.gainValue()->initialize());
+
+    // Step 2: automatic brightness.
+    QSignalSpy adjusted(&f, &QmlDataModelInterface::autoAdjustGray80PercentPatchFinished);
+    QSignalSpy hitRate(&f, &QmlDataModelInterface::gray80PercentHitRateChanged);
+    QSignalSpy exposure(f.exposureTime(), &QMLExposureTime::signalValueChanged);
+    ASSERT_TRUE(f.autoAdjustGray80PercentPatch());
+    ASSERT_TRUE(adjusted.wait(180000));
+    EXPECT_GT(hitRate.count(), 0);
+    EXPECT_NEAR(f.gray80PercentHitRate(), 100.0, 10.0);
+    EXPECT_GT(exposure.count(), 0);  // the slider followed the camera
+
+    // Step 2 to 3.
+    ASSERT_TRUE(f.storeDetectedExposureAndGain());
+    ASSERT_TRUE(f.restoreSettingsBackup(true));
+    ASSERT_TRUE(f.restoreDetectedExposureAndGain());
+    ASSERT_TRUE(f.applyInitialCameraImageAndPatchValues());
+    ASSERT_TRUE(f.setNeutralSettings());
+    ASSERT_TRUE(f.restoreDetectedExposureAndGain());
+    ASSERT_TRUE(f.applyInitialColorPatchValues());
+    QSignalSpy calibrated(&f, &QmlDataModelInterface::calibrationFinished);
+    ASSERT_TRUE(f.executeCalibrationAndApply());
+    ASSERT_TRUE(calibrated.count() > 0 || calibrated.wait(10000));
+
+    // Step 3: results.
+    const QJsonDocument results = QJsonDocument::fromJson(f.getCalibrationsResultsJson().toUtf8());
+    ASSERT_TRUE(results.isObject());
+    EXPECT_EQ(results.object(), rig.model->GetCalibrationsResultsJson());
+    EXPECT_FALSE(results.object().isEmpty());
+    EXPECT_EQ(f.property("calibrationsResultsJson").toString(), f.getCalibrationsResultsJson());
+    for (int i = 0; i < 24; ++i) {
+        EXPECT_TRUE(f.grid()->originalColorAt(i).isValid()) << i;
+        EXPECT_TRUE(f.grid()->targetColorAt(i).isValid()) << i;
+        EXPECT_TRUE(f.grid()->calibratedColorAt(i).isValid()) << i;
+    }
+    EXPECT_TRUE(f.grid()->lastError().isEmpty());
+    QSignalSpy url(&f, &QmlDataModelInterface::originalImageUrlChanged);
+    f.grabOriginalImage();
+    EXPECT_EQ(url.count(), 1);
+    EXPECT_EQ(f.originalImageUrl(), "image://cameraImageOriginal/0_1");
+    QSize size;
+    EXPECT_EQ(f.imageProvider()->requestImage("0_1", &size, QSize()).size(), QSize(480, 300));
+
+    // Step 4: the three saves.
+    const QString settings = rig.file(QString("calibrated_%1.pfs").arg(rig.id));
+    const QString summary = rig.file(QString("summary_%1").arg(rig.id));
+    QDir().mkpath(summary);
+    f.setCalibrationFileToSave(settings);
+    f.setSummaryFileToSave(summary);
+    rig.logs.clear();
+    EXPECT_TRUE(f.saveSettingsToFilePath());
+    EXPECT_TRUE(f.saveSummaryToFilePath());
+    EXPECT_TRUE(f.storeSettingsInUserSet("UserSet1"));
+    ASSERT_EQ(rig.logs.size(), 3);
+    EXPECT_EQ(rig.logs[0], Log("Settings have been saved successfully in " + settings, 1));
+    EXPECT_EQ(rig.logs[1], Log("Summary has been saved successfully in " + summary, 1));
+    EXPECT_EQ(rig.logs[2], Log("Settings were saved successfully in UserSet1", 1));
+    EXPECT_TRUE(QFile::exists(settings));
+    EXPECT_FALSE(QDir(summary).entryList(QDir::Dirs | QDir::NoDotAndDotDot).isEmpty());
+    const QJsonArray sets = QJsonDocument::fromJson(f.getAvailableUserSets().toUtf8())["UserSets"].toArray();
+    EXPECT_TRUE(std::any_of(sets.begin(), sets.end(), [](const QJsonValue& v) { return v["userset"] == "UserSet1"; }));
+
+    QSignalSpy finished(&f, &QmlDataModelInterface::signalFinished);
+    f.finish();
+    EXPECT_EQ(finished.count(), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cameras, QmlDataModelInterfaceCalibration,
+                         ::testing::Values(EmulatedPool::kMedical, EmulatedPool::kCustom));
+
+TEST(QmlDataModelInterface, CancelLeavesTheCameraAsItWas)
+{
+    FacadeRig rig(EmulatedPool::kMedical);
+    ASSERT_TRUE(rig.opened);
+    QmlDataModelInterface& f = *rig.facade;
+    ASSERT_TRUE(waitFor([&] { return f.camera()->originalSize() == QSize(480, 300); }, 10000));
+    rig.placeGridOnChart();
+    f.camera()->stopGrab();
+    const QString before = rig.pool.settingsText(rig.id);
+    ASSERT_TRUE(f.createSettingsBackup());
+    ASSERT_TRUE(f.createSettingsBackup(true));
+    ASSERT_TRUE(f.setNeutralSettings());
+    ASSERT_TRUE(f.executeWhitebalance());
+    f.activateMonoImage();
+    f.disableAutoFunctions();
+    ASSERT_TRUE(f.gainValue()->initialize());
+    f.gainValue()->setValue(0.3);
+    ASSERT_NE(rig.pool.settingsText(rig.id), before);
+    QSignalSpy cancelled(&f, &QmlDataModelInterface::signalCancel);
+    f.cancel();
+    EXPECT_EQ(cancelled.count(), 1);
+    EXPECT_EQ(rig.pool.settingsText(rig.id), before);
+}
+
+TEST(QmlDataModelInterface, ChartFinderMovesTheOutlineOntoTheChart)
+{
+    FacadeRig rig(EmulatedPool::kMedical);
+    ASSERT_TRUE(rig.opened);
+    QmlDataModelInterface& f = *rig.facade;
+    ASSERT_TRUE(waitFor([&] { return f.camera()->originalSize() == QSize(480, 300); }, 10000));
+    QSignalSpy found(&f, &QmlDataModelInterface::autoChartFindFinished);
+    QSignalSpy listed(f.grid(), &QmlTrapezoidList::listChanged);
+    f.findChartAsync();
+    ASSERT_TRUE(found.wait(60000));
+    EXPECT_TRUE(found.first().first().toBool());
+    EXPECT_LE(maxCornerDistance(*f.grid()->outline(), rig.pool.grid(rig.id)), 6);
+    EXPECT_GE(listed.count(), 1);
+    EXPECT_EQ(f.grid()->count(), 24);
+}
+
+TEST(QmlDataModelInterface, ChartFinderLeavesTheOutlineWhenNothingIsFound)
+{
+    FacadeRig rig(EmulatedPool::kMedical);
+    ASSERT_TRUE(rig.opened);
+    QmlDataModelInterface& f = *rig.facade;
+    ASSERT_TRUE(waitFor([&] { return f.camera()->originalSize() == QSize(480, 300); }, 10000));
+    SceneGeometry away = rig.device().sceneGeometry();
+    away.centreX = 5.0;  // the chart is out of the picture
+    rig.device().setSceneGeometry(away);
+    *f.grid()->outline() = CTrapezoid(QPoint(10, 10), QPoint(100, 12), QPoint(11, 80), QPoint(98, 79));
+    const CTrapezoid before = *f.grid()->outline();
+    QSignalSpy found(&f, &QmlDataModelInterface::autoChartFindFinished);
+    f.findChartAsync();
+    ASSERT_TRUE(found.wait(60000));
+    EXPECT_FALSE(found.first().first().toBool());
+    EXPECT_EQ(*f.grid()->outline(), before);
+}
+
+TEST(QmlDataModelInterface, ChartFinderSaysNothingAfterAFailedGrab)
+{
+    FacadeRig rig(EmulatedPool::kMedical);
+    ASSERT_TRUE(rig.opened);
+    QmlDataModelInterface& f = *rig.facade;
+    f.camera()->stopGrab();
+    const CTrapezoid before = *f.grid()->outline();
+    rig.model->Close();  // every grab fails now
+    QSignalSpy found(&f, &QmlDataModelInterface::autoChartFindFinished);
+    f.findChartAsync();
+    f.findChart();
+    EXPECT_FALSE(found.wait(1500));
+    EXPECT_EQ(*f.grid()->outline(), before);
+}
+
+// Needs a window system that can hand back the window's pixels and a scene graph
+// that draws video (OpenGL): ctest runs it as qml_minimal_view_screenshot under xvfb-run.
+TEST(QmlDataModelInterface, MinimalViewShowsTheLiveImageAndTheGrid)
+{
+    GuiTestApp::instance();
+    if (QGuiApplication::platformName() == "offscreen")
+        GTEST_SKIP() << "runs under xvfb-run as qml_minimal_view_screenshot";
+    FacadeRig rig(EmulatedPool::kMedical);
+    ASSERT_TRUE(rig.opened);
+    QmlDataModelInterface& f = *rig.facade;
+    QQuickView* view = f.view();
+    view->resize(640, 400);
+    view->show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(view));
+    ASSERT_TRUE(waitFor([&] { return f.camera()->originalSize() == QSize(480, 300); }, 10000));
+    ASSERT_TRUE(waitFor([&] { return f.camera()->size() == QSize(640, 400); }, 5000));
+    rig.placeGridOnChart();
+    QTest::qWait(1000);  // a few live frames at the view's size
+    const QImage shot = view->grabWindow();
+    ASSERT_FALSE(shot.isNull());
+    const QString dir = COLCAL_SCREENSHOT_DIR;
+    QDir().mkpath(dir);
+    ASSERT_TRUE(shot.save(dir + "/qml_minimal_view.png"));
+
+    // The outline is painted where the chart's corner lies; the live image fills the rest.
+    const QPoint corner = f.transformer()->inverseTransform(rig.pool.grid(rig.id).getTopLeft());
+    bool outlineSeen = false;
+    for (int dy = -2; dy <= 2; ++dy)
+        for (int dx = -2; dx <= 2; ++dx) {
+            const QColor c = shot.pixelColor(corner + QPoint(dx, dy));
+            outlineSeen |= c.red() > 200 && c.green() > 180 && c.blue() < 80;
+        }
+    EXPECT_TRUE(outlineSeen);
+    const QColor red = shot.pixelColor(f.grid()->trapezoidAt(14)->center());  // the chart's red patch, live
+    EXPECT_GT(red.red(), red.green() + 60);
+    EXPECT_GT(red.red(), red.blue() + 60);
+}
+
+}  // namespace
