@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds kaltoviewer and the calibrator plug-in (Release) and starts the viewer
-# on the emulated cameras. Arguments go to kaltoviewer, e.g.
+# on the emulated cameras, with emu-cmed-0 open when no arguments are given.
+# Arguments go to kaltoviewer, e.g.
 #   scripts/viewer.sh --camera emu-cmed-0 --run-command ColorCalibration.Start
 #   scripts/viewer.sh --language ja
 #   scripts/viewer.sh --list-plugins
@@ -28,4 +29,5 @@ or list the plug-ins without a window:
 MSG
   exit 2
 fi
+[ $# -gt 0 ] || set -- --camera emu-cmed-0
 exec "$viewer" "$@"

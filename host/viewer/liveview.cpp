@@ -106,6 +106,8 @@ bool LiveView::openCamera(QSharedPointer<Plugin::CameraPool::ICameraInfo> info)
             [this] { QMetaObject::invokeMethod(this, [this] { closeCamera(); }, Qt::QueuedConnection); },
             Qt::DirectConnection);
     m_status->setText(tr("%1 open").arg(info->identifyingText()));
+    // One frame at once, so the user sees what the camera looks at.
+    m_camera->grabOne(SingleShotTimeoutMs);
     updateActions();
     return true;
 }

@@ -19,7 +19,8 @@ public:
     ~LiveView() override;
 
     /// Opens `camera` (shared with other users of the pool) in place of the
-    /// current one; false with the camera's error description logged on failure.
+    /// current one and shows one frame; false with the camera's error
+    /// description logged on failure.
     bool openCamera(QSharedPointer<Plugin::CameraPool::ICameraInfo> camera);
     void closeCamera();
     QSharedPointer<Plugin::CameraPool::ICamera> camera() const { return m_camera; }
