@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QMetaType>
+
 namespace Core {
 namespace Logging {
 
@@ -7,3 +9,6 @@ enum ELogLevel { LogLevelDebug = 0, LogLevelInfo = 1, LogLevelWarning = 2, LogLe
 
 }  // namespace Logging
 }  // namespace Core
+
+// Log levels travel through queued signals (session thread to GUI).
+Q_DECLARE_METATYPE(Core::Logging::ELogLevel)

@@ -4,6 +4,8 @@
 #include "calibrationresultsinterface.h"
 #include "camerainterface.h"
 
+#include "core/eloglevel.h"
+
 #include <QObject>
 #include <QSharedPointer>
 
@@ -60,6 +62,8 @@ signals:
     void GridPositionChanged();
     void CalibrationFinished();
     void AutoAdjustGray80PercentPatchFinished();
+    /// A line for the host's log window; the session's own lines still go to the Qt logger.
+    void LogMessage(QString message, Core::Logging::ELogLevel logLevel);
 
 public:
     bool Open(QSharedPointer<Plugin::CameraPool::ICameraInfo> cameraInfo) override;
