@@ -113,8 +113,9 @@ function step2To3(w) {
         w.bImageToDark = false;
     }
     if (calibrate(w)) {
+        // The brightness warning still tells the person why the results may be poor.
         w.errorText = "";
-        w.warningText = "";
+        w.criticalText = "";
         return true;
     }
     stopGrabbing();
@@ -124,6 +125,7 @@ function step2To3(w) {
 }
 
 function finish(w) {
+    w.finishing = true;
     stopGrabbing();
     w.autoRefreshChecked = false;
     qmlModelInterface.finish();

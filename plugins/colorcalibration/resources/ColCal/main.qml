@@ -1,12 +1,13 @@
 import QtQuick 2.15
 import QtQuick.Controls 2.15
 import QtQuick.Layouts 1.15
+import QtQuick.Window 2.15
 import "qml"
 import "functions.js" as Fn
 
 // The four-step calibration wizard.
 Page {
-    id: wizard
+    id: root
     objectName: "wizard"
 
     property int activeStep: 1
@@ -26,6 +27,15 @@ Page {
     property var afterMessages: null
     // Set once the dialog has ended; nothing may restart the camera then.
     property bool closed: false
+    // Set by Finish: the camera keeps its new settings.
+    property bool finishing: false
+
+    function focusWithin() {
+        for (var item = Window.activeFocusItem; item; item = item.parent)
+            if (item === root)
+                return true;
+        return false;
+    }
 
     function goToStep(step) {
         activeStep = Math.max(Fn.firstStep, Math.min(Fn.lastStep, step));
@@ -34,7 +44,7 @@ Page {
             camera.startGrab();
         else
             camera.singleGrab();
-        wizard.forceActiveFocus();
+        root.forceActiveFocus();
     }
 
     // Message boxes are shown one after the other; `then` runs once all are answered.
@@ -68,7 +78,7 @@ Page {
     function nextMessage() {
         if (pendingMessages.length === 0) {
             runAfterMessages();
-            wizard.forceActiveFocus();
+            root.forceActiveFocus();
             return;
         }
         var m = pendingMessages.shift();
@@ -82,6 +92,10 @@ Page {
     onControlsEnabledChanged: {
         if (closed)
             return;
+        // A control that had the focus may have been disabled meanwhile;
+        // keep Return and Escape working.
+        if (controlsEnabled && !focusWithin())
+            forceActiveFocus();
         qmlModelInterface.singleShotEnabled = controlsEnabled && !autoRefreshChecked;
         if (autoRefreshChecked) {
             if (controlsEnabled)
@@ -121,7 +135,7 @@ Page {
             spacing: 8
             Label {
                 objectName: "stepTitle"
-                text: wizard.stepTitles[wizard.activeStep - 1]
+                text: root.stepTitles[root.activeStep - 1]
                 Accessible.name: text
                 Accessible.role: Accessible.Heading
                 font.pixelSize: Theme.titleSize
@@ -130,8 +144,8 @@ Page {
             }
             StepProgress {
                 Layout.fillWidth: true
-                activeStep: wizard.activeStep
-                titles: wizard.stepTitles
+                activeStep: root.activeStep
+                titles: root.stepTitles
             }
         }
     }
@@ -141,13 +155,13 @@ Page {
         objectName: "pageLoader"
         anchors.fill: parent
         anchors.margins: Theme.spacing
-        enabled: wizard.controlsEnabled
-        sourceComponent: [step1, step2, step3, step4][wizard.activeStep - 1]
+        enabled: root.controlsEnabled
+        sourceComponent: [step1, step2, step3, step4][root.activeStep - 1]
     }
-    Component { id: step1; Step1Position { wizard: wizard } }
-    Component { id: step2; Step2Brightness { wizard: wizard } }
-    Component { id: step3; Step3Review { wizard: wizard } }
-    Component { id: step4; Step4Save { wizard: wizard } }
+    Component { id: step1; Step1Position { wizard: root } }
+    Component { id: step2; Step2Brightness { wizard: root } }
+    Component { id: step3; Step3Review { wizard: root } }
+    Component { id: step4; Step4Save { wizard: root } }
 
     footer: Pane {
         padding: Theme.spacing
@@ -159,44 +173,46 @@ Page {
                 objectName: "cancelButton"
                 text: qsTr("Cancel")
                 Accessible.name: text
-                enabled: wizard.controlsEnabled
-                onClicked: Fn.cancel(wizard)
+                enabled: root.controlsEnabled
+                onClicked: Fn.cancel(root)
             }
             Item { Layout.fillWidth: true }
             Button {
                 objectName: "backButton"
                 text: qsTr("Back")
                 Accessible.name: text
-                visible: wizard.activeStep > Fn.firstStep
-                enabled: wizard.controlsEnabled
-                onClicked: Fn.back(wizard)
+                visible: root.activeStep > Fn.firstStep
+                enabled: root.controlsEnabled
+                onClicked: Fn.back(root)
             }
             Button {
                 objectName: "nextButton"
-                text: wizard.activeStep === Fn.lastStep ? qsTr("Finish") : qsTr("Next")
+                text: root.activeStep === Fn.lastStep ? qsTr("Finish") : qsTr("Next")
                 Accessible.name: text
                 highlighted: true
-                enabled: wizard.controlsEnabled
-                onClicked: Fn.forward(wizard)
+                enabled: root.controlsEnabled
+                onClicked: Fn.forward(root)
             }
         }
     }
 
-    // Return moves on (on step 2 it runs Auto), Escape cancels, unless a
-    // control that has focus uses the key itself.
-    Keys.onPressed: {
-        if (!controlsEnabled || messageOpen)
-            return;
-        if (event.key === Qt.Key_Return || event.key === Qt.Key_Enter) {
-            if (activeStep === 2)
-                Fn.autoAdjust(wizard);
+    // Return moves on (on step 2 it runs Auto), Escape cancels. Open message
+    // boxes take their keys first, and a text field keeps Return for itself.
+    readonly property bool keysActive: controlsEnabled && !messageOpen
+    Shortcut {
+        sequences: ["Return", "Enter"]
+        enabled: root.keysActive && !(root.Window.activeFocusItem && root.Window.activeFocusItem.cursorPosition !== undefined)
+        onActivated: {
+            if (root.activeStep === 2)
+                Fn.autoAdjust(root);
             else
-                Fn.forward(wizard);
-            event.accepted = true;
-        } else if (event.key === Qt.Key_Escape) {
-            Fn.cancel(wizard);
-            event.accepted = true;
+                Fn.forward(root);
         }
+    }
+    Shortcut {
+        sequence: "Esc"
+        enabled: root.keysActive
+        onActivated: Fn.cancel(root)
     }
 
     MessageBox {
@@ -209,15 +225,19 @@ Page {
             if (f)
                 f();
         }
-        onClosed: Qt.callLater(wizard.nextMessage)
+        onClosed: Qt.callLater(root.nextMessage)
     }
 
     Connections {
         target: qmlModelInterface
         function onCleanupQML() {
-            wizard.closed = true;
+            root.closed = true;
             camera.stopGrab();
-            wizard.autoRefreshChecked = true;
+            // However the window ended (its frame, a removed camera), only
+            // Finish may leave the camera with what the wizard changed.
+            if (!root.finishing && root.activeStep > Fn.firstStep)
+                qmlModelInterface.restoreSettingsBackup();
+            root.autoRefreshChecked = true;
         }
     }
 

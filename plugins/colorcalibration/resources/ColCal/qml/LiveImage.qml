@@ -211,9 +211,7 @@ Item {
             if (camera.size.width === size.width && camera.size.height === size.height)
                 return;
             camera.size = size;
-            if (root.grabContinuously)
-                camera.startGrab();
-            else
+            if (!root.grabContinuously)
                 camera.singleGrab();
         }
     }

@@ -19,8 +19,6 @@ Dialog {
     closePolicy: Popup.CloseOnEscape
     anchors.centerIn: Overlay.overlay
     width: Math.min(520, parent ? parent.width - 40 : 520)
-    Accessible.role: Accessible.AlertMessage
-    Accessible.name: title
 
     header: Label {
         objectName: "messageBoxTitle"

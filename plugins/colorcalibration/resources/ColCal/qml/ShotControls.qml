@@ -11,8 +11,8 @@ RowLayout {
         objectName: "continuousShotCheck"
         text: qsTr("Continuous Shot")
         Accessible.name: text
-        checked: wizard.autoRefreshChecked
-        enabled: wizard.controlsEnabled
+        checked: (wizard !== null && wizard.autoRefreshChecked)
+        enabled: (wizard !== null && wizard.controlsEnabled)
         onToggled: wizard.autoRefreshChecked = checked
     }
     Button {

@@ -31,8 +31,8 @@ StepPage {
         id: live
         anchors.fill: parent
         showOutline: true
-        editable: wizard.controlsEnabled
-        grabContinuously: wizard.autoRefreshChecked && wizard.controlsEnabled
+        editable: (wizard !== null && wizard.controlsEnabled)
+        grabContinuously: (wizard !== null && wizard.autoRefreshChecked) && (wizard !== null && wizard.controlsEnabled)
     }
 
     Label {
@@ -50,7 +50,7 @@ StepPage {
         Layout.fillWidth: true
         text: qsTr("Auto-position Grid")
         Accessible.name: text
-        enabled: wizard.controlsEnabled
+        enabled: (wizard !== null && wizard.controlsEnabled)
         highlighted: true
         onClicked: {
             wizard.controlsEnabled = false;
@@ -63,7 +63,7 @@ StepPage {
         Layout.fillWidth: true
         text: qsTr("Load camera settings")
         Accessible.name: text
-        enabled: wizard.controlsEnabled
+        enabled: (wizard !== null && wizard.controlsEnabled)
         onClicked: {
             fileDialog.folder = previousPaths.folder;
             fileDialog.open();
@@ -84,7 +84,7 @@ StepPage {
         text: qsTr("Show Grid")
         Accessible.name: text
         checked: qmlModelInterface.showGrid
-        enabled: wizard.controlsEnabled
+        enabled: (wizard !== null && wizard.controlsEnabled)
         onToggled: qmlModelInterface.showGrid = checked
     }
 
@@ -127,7 +127,7 @@ StepPage {
 
     Shortcut {
         sequence: "Ctrl+Z"
-        enabled: wizard.controlsEnabled && !wizard.messageOpen
+        enabled: (wizard !== null && wizard.controlsEnabled) && !wizard.messageOpen
         onActivated: gridOutline.resetOutline()
     }
 

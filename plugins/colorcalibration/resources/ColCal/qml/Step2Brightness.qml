@@ -13,7 +13,7 @@ StepPage {
     image: LiveImage {
         anchors.fill: parent
         showPatches: true
-        grabContinuously: wizard.autoRefreshChecked && wizard.controlsEnabled
+        grabContinuously: (wizard !== null && wizard.autoRefreshChecked) && (wizard !== null && wizard.controlsEnabled)
     }
 
     Label {
@@ -46,7 +46,7 @@ StepPage {
             to: exposureTime.max
             value: exposureTime.value
             stepSize: 0.01
-            enabled: wizard.controlsEnabled
+            enabled: (wizard !== null && wizard.controlsEnabled)
             Accessible.name: qsTr("Exposure Time")
             onMoved: { exposureTime.setValue(value); page.imagesPending = true; }
         }
@@ -76,7 +76,7 @@ StepPage {
             to: 1
             value: Math.max(0, gainValue.value)
             stepSize: 0.01
-            enabled: wizard.controlsEnabled
+            enabled: (wizard !== null && wizard.controlsEnabled)
             Accessible.name: qsTr("Gain")
             onMoved: { gainValue.setValue(value); page.imagesPending = true; }
         }
@@ -96,7 +96,7 @@ StepPage {
         text: qsTr("Auto")
         Accessible.name: text
         highlighted: true
-        enabled: wizard.controlsEnabled
+        enabled: (wizard !== null && wizard.controlsEnabled)
         onClicked: Fn.autoAdjust(wizard)
     }
 
@@ -125,7 +125,7 @@ StepPage {
         repeat: true
         running: true
         onTriggered: {
-            if (page.imagesPending && (!wizard.controlsEnabled || !wizard.autoRefreshChecked)) {
+            if (page.imagesPending && (!(wizard !== null && wizard.controlsEnabled) || !(wizard !== null && wizard.autoRefreshChecked))) {
                 page.imagesPending = false;
                 camera.singleGrab();
             }

@@ -24,21 +24,23 @@ Item {
 
         RowLayout {
             Layout.fillWidth: true
-            Layout.fillHeight: true
-            Layout.preferredHeight: 3
+            Layout.fillHeight: false
+            Layout.preferredHeight: Math.max(220, page.height * 0.5)
             spacing: Theme.spacing
 
             LiveImage {
                 id: live
                 Layout.fillWidth: true
                 Layout.fillHeight: true
+                Layout.preferredWidth: 400
                 hoverColors: true
-                grabContinuously: wizard.autoRefreshChecked && wizard.controlsEnabled
+                grabContinuously: (wizard !== null && wizard.autoRefreshChecked) && (wizard !== null && wizard.controlsEnabled)
                 onHovered: { page.hoverColor = patchColor; page.hoverText = text; }
             }
 
             ColumnLayout {
-                Layout.preferredWidth: 230
+                Layout.fillWidth: false
+                Layout.preferredWidth: 280
                 Layout.fillHeight: true
                 spacing: 8
                 Label {
@@ -92,7 +94,7 @@ Item {
                     visible: qmlModelInterface.useAutoCalibration
                     text: qsTr("Recalibrate Camera")
                     Accessible.name: text
-                    enabled: wizard.controlsEnabled
+                    enabled: (wizard !== null && wizard.controlsEnabled)
                     onClicked: {
                         wizard.controlsEnabled = false;
                         Fn.recalibrate(wizard);
@@ -119,7 +121,7 @@ Item {
                 Layout.fillWidth: true
                 model: page.titles
                 Accessible.name: currentText
-                enabled: wizard.controlsEnabled
+                enabled: (wizard !== null && wizard.controlsEnabled)
                 onCurrentIndexChanged: page.showReport()
                 delegate: ItemDelegate {
                     width: reportChoice.width
@@ -135,14 +137,12 @@ Item {
             objectName: "reportTable"
             Layout.fillWidth: true
             Layout.fillHeight: true
-            Layout.preferredHeight: 2
             visible: Fn.reportKeys[reportChoice.currentIndex] !== "LUT"
         }
         Label {
             objectName: "lutNotice"
             Layout.fillWidth: true
             Layout.fillHeight: true
-            Layout.preferredHeight: 2
             visible: !report.visible
             verticalAlignment: Text.AlignTop
             wrapMode: Text.Wrap

@@ -15,9 +15,17 @@ StepPage {
         try {
             var sets = JSON.parse(qmlModelInterface.getAvailableUserSets())["UserSets"] || [];
             for (var i = 0; i < sets.length; ++i) {
-                var key = Object.keys(sets[i])[0];
-                names.push(key);
-                values.push(String(sets[i][key]));
+                // The session names each set as {"userset", "DisplayName"}; a
+                // one-key object {shown: used} is read as well.
+                var set = sets[i];
+                if (set.userset !== undefined) {
+                    names.push(set.DisplayName ? String(set.DisplayName) : String(set.userset));
+                    values.push(String(set.userset));
+                } else {
+                    var key = Object.keys(set)[0];
+                    names.push(key);
+                    values.push(String(set[key]));
+                }
             }
         } catch (e) {
         }
@@ -32,7 +40,7 @@ StepPage {
             id: after
             anchors.fill: parent
             showPatches: false
-            grabContinuously: wizard.autoRefreshChecked && wizard.controlsEnabled
+            grabContinuously: (wizard !== null && wizard.autoRefreshChecked) && (wizard !== null && wizard.controlsEnabled)
         }
         Item {
             x: after.frameItem.x
@@ -76,7 +84,7 @@ StepPage {
         Slider {
             id: compare
             objectName: "compareSlider"
-            anchors.bottom: parent.bottom
+            y: after.frameItem.y + after.frameItem.height + 4
             x: after.frameItem.x
             width: after.frameItem.width
             from: 0; to: 1; value: 0.5
@@ -91,7 +99,7 @@ StepPage {
         Layout.fillWidth: true
         text: qsTr("Save camera settings to file")
         settingsCategory: "ColCalPlugin/Paths/SaveCalibration"
-        enabledOption: wizard.controlsEnabled
+        enabledOption: (wizard !== null && wizard.controlsEnabled)
         onPathChanged: qmlModelInterface.calibrationFileToSave = path
     }
     SaveOption {
@@ -100,7 +108,7 @@ StepPage {
         Layout.fillWidth: true
         text: qsTr("Save calibration summary")
         settingsCategory: "ColCalPlugin/Paths/SummaryReport"
-        enabledOption: wizard.controlsEnabled
+        enabledOption: (wizard !== null && wizard.controlsEnabled)
         onPathChanged: qmlModelInterface.summaryFileToSave = path
     }
 
@@ -114,7 +122,7 @@ StepPage {
         objectName: "userSetChoice"
         Layout.fillWidth: true
         Accessible.name: currentText
-        enabled: wizard.controlsEnabled
+        enabled: (wizard !== null && wizard.controlsEnabled)
         delegate: ItemDelegate {
             width: userSetChoice.width
             text: modelData
@@ -127,7 +135,7 @@ StepPage {
         objectName: "saveAsDefaultCheck"
         text: qsTr("Save settings as default")
         Accessible.name: text
-        enabled: wizard.controlsEnabled && userSetChoice.currentIndex > 0
+        enabled: (wizard !== null && wizard.controlsEnabled) && userSetChoice.currentIndex > 0
     }
 
     Button {
@@ -136,7 +144,7 @@ StepPage {
         text: qsTr("Save")
         Accessible.name: text
         highlighted: true
-        enabled: wizard.controlsEnabled
+        enabled: (wizard !== null && wizard.controlsEnabled)
         onClicked: {
             wizard.controlsEnabled = false;
             var error = Fn.save(wizard, page.userSetValues[userSetChoice.currentIndex] || "", asDefault.checked);

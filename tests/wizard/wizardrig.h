@@ -1,0 +1,89 @@
+#pragma once
+
+#include <QPointer>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+
+class ColorCorrectionModel;
+class EmulatedPool;
+class QmlDataModelInterface;
+class QObject;
+class QQuickItem;
+class QQuickView;
+class QTranslator;
+
+/// One camera's calibrator window as a person sees it: the wizard in its
+/// view over an opened session on an emulated camera. The rig only looks at
+/// the screen and presses keys and buttons; the host's part (opening the
+/// camera, closing the session when the window ends) it plays itself.
+class WizardRig {
+public:
+    /// Frames small enough for sanitizer builds, large enough for the chart finder.
+    static constexpr int kFrameWidth = 480;
+    static constexpr int kFrameHeight = 360;
+
+    /// `language` "en", "de", "ja", ...: the catalogues are installed before the wizard loads.
+    explicit WizardRig(const QString& cameraId, const QString& language = "en");
+    ~WizardRig();
+
+    EmulatedPool& pool() { return *m_pool; }
+    QmlDataModelInterface& facade() { return *m_facade; }
+    QQuickView& view();
+    /// The camera's feature-persistence text, read past the session.
+    QString settingsText();
+
+    /// The wizard's item (or popup) of that objectName, visible or not; null if there is none.
+    QObject* find(const QString& objectName) const;
+    QQuickItem* item(const QString& objectName) const;
+    /// A visible item whose `text` property is `text`, e.g. a combo box entry.
+    QQuickItem* itemWithText(const QString& text) const;
+    QVariant property(const QString& objectName, const char* name) const;
+
+    void click(QQuickItem* item);
+    void click(const QString& objectName);
+    void key(int key, int modifiers = 0);
+    void type(const QString& text);
+    /// Spins the event loop until `done` holds, for at most `timeoutMs`.
+    bool waitFor(const std::function<bool()>& done, int timeoutMs = 60000);
+
+    int activeStep() const;
+    bool controlsEnabled() const;
+    /// The text of the open message box, "" when none is open.
+    QString messageText() const;
+    QString messageTitle() const;
+    bool waitForMessage(int timeoutMs = 60000);
+    /// Presses the box's button ("messageBoxOk", "messageBoxYes", "messageBoxNo") and waits for it to close.
+    void answerMessage(const QString& button = "messageBoxOk");
+    /// Waits until the wizard shows `step` with its controls enabled and no box open.
+    bool waitForStep(int step, int timeoutMs = 120000);
+
+    /// Step 1: automatic grid position; then Next. Steps 2 to 3: Next.
+    bool positionGridAutomatically();
+    bool next();
+
+    /// Rests the mouse pointer on a patch of the chart grid (0 to 23), a little below its centre.
+    void hoverPatch(int index);
+    /// What the tool wrote to the host's log window so far.
+    const QStringList& logLines() const { return m_log; }
+
+    /// Writes the window to out/screenshots/<name>.png.
+    void screenshot(const QString& name);
+
+    /// How the window ended: "cancel", "finish" or "" while it is open.
+    QString ended() const { return m_ended; }
+    /// What the host does when the calibrator window has ended: clean up the wizard, release the camera.
+    void closeSession();
+
+private:
+    std::unique_ptr<EmulatedPool> m_pool;
+    std::unique_ptr<ColorCorrectionModel> m_model;
+    std::unique_ptr<QmlDataModelInterface> m_facade;
+    std::unique_ptr<QTranslator> m_translator;
+    QString m_cameraId;
+    QString m_ended;
+    QStringList m_log;
+    bool m_open = false;
+};
