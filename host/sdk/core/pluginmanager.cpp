@@ -9,6 +9,7 @@
 #include <QJsonObject>
 #include <QLibrary>
 #include <QPluginLoader>
+#include <QRegularExpression>
 
 namespace Core {
 namespace Plugin {
@@ -16,11 +17,12 @@ namespace Plugin {
 namespace {
 
 // A version must be given completely ("6.2.4"), not merely start with digits.
+// Checked by pattern: Qt 5.15's fromString leaves the suffix index unset in
+// optimised builds, which refused every plug-in there.
 QVersionNumber parseVersion(const QString& text)
 {
-    int suffix = 0;
-    const QVersionNumber v = QVersionNumber::fromString(text, &suffix);
-    return suffix == text.size() ? v : QVersionNumber();
+    static const QRegularExpression whole(QStringLiteral("^[0-9]+(\\.[0-9]+)*$"));
+    return whole.match(text).hasMatch() ? QVersionNumber::fromString(text) : QVersionNumber();
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include "parametercollection/parametername.h"
 
 #include <QSharedPointer>
+#include <QStringList>
 #include <QVersionNumber>
 
 namespace ParameterCollection {
@@ -29,6 +30,9 @@ public:
 
     /// Whether a feature of this exact name exists, of any type.
     virtual bool contains(const QString& name) const = 0;
+    /// Every feature of the camera, in the camera's own order (for browsing;
+    /// the typed parameter() calls tell what each one is).
+    virtual QStringList featureNames() const = 0;
     /// From DeviceSFNCVersionMajor/Minor/SubMinor; null when the camera lacks them.
     virtual QVersionNumber sfncVersion() const = 0;
 };

@@ -94,6 +94,14 @@ bool NodeMapParameterCollection::contains(const QString& name) const
     return m_context->nodeMap->hasNode(name.toStdString());
 }
 
+QStringList NodeMapParameterCollection::featureNames() const
+{
+    QStringList names;
+    for (const std::string& name : m_context->nodeMap->nodeNames())
+        names << QString::fromStdString(name);
+    return names;
+}
+
 QVersionNumber NodeMapParameterCollection::sfncVersion() const
 {
     m_context->requireConnected();

@@ -30,6 +30,7 @@ public:
     QSharedPointer<StringParameter> parameter(const StringParameterName& name) const override;
     QSharedPointer<CommandParameter> parameter(const CommandParameterName& name) const override;
     bool contains(const QString& name) const override;
+    QStringList featureNames() const override;
     QVersionNumber sfncVersion() const override;
 
 private:

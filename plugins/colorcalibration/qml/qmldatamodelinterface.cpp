@@ -264,6 +264,11 @@ QQuickView* QmlDataModelInterface::view() const
     return d->view.get();
 }
 
+ColorCorrectionModel* QmlDataModelInterface::model() const
+{
+    return d->model;
+}
+
 QMLKaltoCamera* QmlDataModelInterface::camera() const
 {
     return &d->camera;

@@ -69,6 +69,8 @@ public:
     void reset();
 
     QQuickView* view() const;
+    /// The session the wizard drives (not owned).
+    ColorCorrectionModel* model() const;
     QMLKaltoCamera* camera() const;
     QmlTrapezoidList* grid() const;
     QmlTrapezoid* gridOutline() const;

@@ -1,0 +1,261 @@
+// kaltoviewer in a real X server, used with mouse and keyboard: the camera
+// list, the live view, the features, the log, the plug-in's command in the
+// Tools menu and the calibrator window it opens.
+#include "modalanswer.h"
+
+#include "aboutpluginsdialog.h"
+#include "cameraselectordock.h"
+#include "featureeditor.h"
+#include "featuresdock.h"
+#include "guitestapp.h"
+#include "kaltoviewer.h"
+#include "liveview.h"
+#include "logdock.h"
+#include "mainwindow.h"
+#include "viewerhost.h"
+
+#include "camerapool/camerapool.h"
+#include "parametercollection/floatparameter.h"
+#include "parametercollection/integerparameter.h"
+#include "parametercollection/iparametercollection.h"
+
+#include <QContextMenuEvent>
+#include <QDir>
+#include <QDoubleSpinBox>
+#include <QMenuBar>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QToolButton>
+#include <QTreeWidget>
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace {
+
+const char* const kCameras[] = {"emu-cmed-0", "emu-custom-1", "emu-legacy-2"};
+
+void screenshot(const QString& name)
+{
+    QDir().mkpath(QStringLiteral(COLCAL_SCREENSHOT_DIR));
+    QTest::qWait(300);  // let the last frames and the window manager settle
+    const QPixmap shot = QGuiApplication::primaryScreen()->grabWindow(0);
+    ASSERT_FALSE(shot.isNull());
+    ASSERT_TRUE(shot.save(QStringLiteral(COLCAL_SCREENSHOT_DIR "/") + name));
+}
+
+class ViewerTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        // The viewer's test needs a real display (xvfb-run), not the offscreen one.
+        qputenv("QT_QPA_PLATFORM", "xcb");
+        GuiTestApp::instance();
+        KaltoViewer::Options options;
+        options.pluginFolders = QStringList{QStringLiteral(COLCAL_PLUGIN_DIR)};
+        viewer = std::make_unique<KaltoViewer>(options);
+        for (const char* id : kCameras) {
+            auto collection = host().pool().parameterCollection(host().pool().cameraInfo(id));
+            collection->parameter(ParameterCollection::IntegerParameterName("Width"))->setValue(960);
+            collection->parameter(ParameterCollection::IntegerParameterName("Height"))->setValue(600);
+        }
+        ASSERT_TRUE(viewer->start());
+        window().resize(1500, 950);
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&window()));
+    }
+    void TearDown() override { viewer.reset(); }
+
+    MainWindow& window() { return viewer->window(); }
+    ViewerHost& host() { return viewer->host(); }
+    QTreeWidget* cameraList() { return window().cameraSelector()->tree(); }
+
+    QTreeWidgetItem* cameraItem(const QString& id)
+    {
+        const QString text = host().pool().cameraInfo(id)->displayText();
+        const auto found = cameraList()->findItems(text, Qt::MatchExactly | Qt::MatchRecursive);
+        return found.isEmpty() ? nullptr : found.front();
+    }
+
+    void clickCamera(const QString& id, bool twice = false)
+    {
+        QTreeWidgetItem* item = cameraItem(id);
+        ASSERT_NE(item, nullptr) << id.toStdString();
+        const QPoint at = cameraList()->visualItemRect(item).center();
+        QTest::mouseClick(cameraList()->viewport(), Qt::LeftButton, {}, at);
+        if (twice)
+            QTest::mouseDClick(cameraList()->viewport(), Qt::LeftButton, {}, at);
+    }
+
+    void clickToolButton(QAction* action)
+    {
+        QToolButton* button = nullptr;
+        for (auto* b : window().liveView()->findChildren<QToolButton*>())
+            if (b->defaultAction() == action)
+                button = b;
+        ASSERT_NE(button, nullptr) << action->text().toStdString();
+        QTest::mouseClick(button, Qt::LeftButton);
+    }
+
+    // Opens a menu of the menu bar by its title, as a click would.
+    QMenu* openMenu(const QString& title)
+    {
+        for (QAction* a : window().menuBar()->actions())
+            if (a->text().remove('&') == title) {
+                QTest::mouseClick(window().menuBar(), Qt::LeftButton, {},
+                                  window().menuBar()->actionGeometry(a).center());
+                QTest::qWaitFor([a] { return a->menu()->isVisible(); }, 3000);
+                return a->menu();
+            }
+        return nullptr;
+    }
+
+    QAction* menuEntry(QMenu* menu, const QString& text)
+    {
+        for (QAction* a : menu->actions())
+            if (a->text() == text)
+                return a;
+        return nullptr;
+    }
+
+    std::unique_ptr<KaltoViewer> viewer;
+};
+
+TEST_F(ViewerTest, ListsTheEmulatedCamerasAndShowsALiveImageOfTheOpenedOne)
+{
+    for (const char* id : kCameras)
+        EXPECT_NE(cameraItem(id), nullptr) << id;
+
+    clickCamera("emu-cmed-0", true);
+    ASSERT_TRUE(window().liveView()->camera());
+    QSignalSpy frames(window().liveView(), &LiveView::frameShown);
+    clickToolButton(window().liveView()->singleShotAction());
+    ASSERT_TRUE(frames.wait(10000));
+    const QImage image = window().liveView()->lastImage();
+    EXPECT_EQ(image.size(), QSize(960, 600));
+    // A real picture of the chart scene, not a flat buffer.
+    EXPECT_NE(image.pixel(image.width() / 2, image.height() / 2), image.pixel(5, 5));
+
+    // The single frame's acquisition ends on its own a moment after the frame.
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window().liveView()->continuousShotAction()->isEnabled(); }, 5000));
+    clickToolButton(window().liveView()->continuousShotAction());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return frames.count() >= 4; }, 20000));
+    EXPECT_TRUE(window().liveView()->camera()->isGrabbing());
+    EXPECT_FALSE(window().liveView()->continuousShotAction()->isEnabled());
+    screenshot(QStringLiteral("viewer_main.png"));
+    clickToolButton(window().liveView()->stopAction());
+    EXPECT_FALSE(window().liveView()->camera()->isGrabbing());
+}
+
+TEST_F(ViewerTest, TheFeaturesDockEditsTheSelectedCamerasFeatures)
+{
+    clickCamera("emu-custom-1");
+    QTreeWidget* tree = window().features()->tree();
+    QStringList kinds;
+    QTreeWidgetItem* floatItem = nullptr;
+    FeatureEditor* floatEditor = nullptr;
+    for (QTreeWidgetItemIterator it(tree); *it; ++it)
+        if (auto* editor = qobject_cast<FeatureEditor*>(tree->itemWidget(*it, 1))) {
+            kinds << editor->kind();
+            auto* box = editor->findChild<QDoubleSpinBox*>();
+            if (!floatEditor && editor->kind() == "Float" && box && box->isEnabled() &&
+                box->maximum() - box->minimum() > 2.0) {
+                floatEditor = editor;
+                floatItem = *it;
+            }
+        }
+    for (const char* kind : {"Float", "Integer", "Enumeration", "Boolean", "Command"})
+        EXPECT_TRUE(kinds.contains(kind)) << kind;
+    ASSERT_NE(floatEditor, nullptr);
+
+    // Type a value in the middle of the range shown, as a user would.
+    auto* box = floatEditor->findChild<QDoubleSpinBox*>();
+    const double wanted = std::floor((box->minimum() + box->maximum()) / 2.0);
+    tree->scrollToItem(floatItem);
+    box->setFocus();
+    box->selectAll();
+    QTest::keyClicks(box, QString::number(wanted, 'f', 0));
+    QTest::keyClick(box, Qt::Key_Return);
+    auto parameter = host().pool().parameterCollection(host().pool().cameraInfo("emu-custom-1"))
+                         ->parameter(ParameterCollection::FloatParameterName(floatEditor->featureName()));
+    EXPECT_NEAR(parameter->value(), wanted, parameter->increment() + 1e-9) << floatEditor->featureName().toStdString();
+}
+
+TEST_F(ViewerTest, TheLogDockShowsTaggedLinesWithTheirSource)
+{
+    qWarning("@{Test source};first<br>second");
+    qWarning("untagged");
+    QTreeWidget* log = window().log()->list();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return log->topLevelItemCount() > 0; }, 3000));
+    QTreeWidgetItem* last = log->topLevelItem(log->topLevelItemCount() - 1);
+    EXPECT_EQ(last->text(2), "Test source");
+    EXPECT_EQ(last->text(3), "first second");
+    EXPECT_EQ(last->text(1), "Warning");
+}
+
+TEST_F(ViewerTest, AboutPluginsListsTheCalibratorAsRunning)
+{
+    QStringList row;
+    whenWindowAppears([](QWidget* w) { return qobject_cast<AboutPluginsDialog*>(w) != nullptr; },
+                      [&](QWidget* w) {
+                          QTreeWidgetItem* item = static_cast<AboutPluginsDialog*>(w)->list()->topLevelItem(0);
+                          for (int c = 0; item && c < 4; ++c)
+                              row << item->text(c);
+                          w->close();
+                      });
+    QMenu* help = openMenu("Help");
+    ASSERT_NE(help, nullptr);
+    QAction* about = menuEntry(help, "About &Plug-ins...");
+    ASSERT_NE(about, nullptr);
+    QTest::mouseClick(help, Qt::LeftButton, {}, help->actionGeometry(about).center());
+    EXPECT_EQ(row, QStringList({"ColorCalibration", "6.2.4", "Ostrel AG", "Running"}));
+}
+
+TEST_F(ViewerTest, TheToolsMenuOffersTheCalibratorOnlyForCompatibleCamerasAndOpensIt)
+{
+    clickCamera("emu-legacy-2");
+    QMenu* tools = openMenu("Tools");
+    ASSERT_NE(tools, nullptr);
+    QAction* calibrator = menuEntry(tools, "Color Calibrator");
+    ASSERT_NE(calibrator, nullptr);
+    EXPECT_FALSE(calibrator->isVisible());
+    QTest::keyClick(tools, Qt::Key_Escape);
+
+    // The camera's own context menu offers it as soon as a supported camera is under the mouse.
+    QStringList contextEntries;
+    whenWindowAppears([](QWidget* w) { return qobject_cast<QMenu*>(w) != nullptr; }, [&](QWidget* w) {
+        for (QAction* a : w->actions())
+            if (a->isVisible() && !a->isSeparator())
+                contextEntries << a->text();
+        w->close();
+    });
+    const QPoint at = cameraList()->visualItemRect(cameraItem("emu-cmed-0")).center();
+    QContextMenuEvent rightClick(QContextMenuEvent::Mouse, at, cameraList()->viewport()->mapToGlobal(at));
+    QApplication::sendEvent(cameraList()->viewport(), &rightClick);
+    EXPECT_TRUE(contextEntries.contains("Color Calibrator")) << contextEntries.join(", ").toStdString();
+
+    clickCamera("emu-cmed-0", true);
+    clickToolButton(window().liveView()->continuousShotAction());
+    QSignalSpy frames(window().liveView(), &LiveView::frameShown);
+    ASSERT_TRUE(frames.wait(10000));
+
+    tools = openMenu("Tools");
+    EXPECT_TRUE(calibrator->isVisible());
+    QString question, title;
+    answerMessageBox(QMessageBox::Yes, &question);
+    whenWindowAppears(isToolDialog, [&](QWidget* w) {
+        title = w->windowTitle();
+        w->resize(1000, 800);
+        QTest::qWaitForWindowExposed(w);
+        QTest::qWait(2500);  // the wizard's live image
+        screenshot(QStringLiteral("viewer_calibrator.png"));
+        w->close();
+    });
+    QTest::mouseClick(tools, Qt::LeftButton, {}, tools->actionGeometry(calibrator).center());
+    EXPECT_TRUE(question.contains("stop continuous image acquisition"));
+    EXPECT_EQ(title, "Color Calibrator - " + host().pool().cameraInfo("emu-cmed-0")->displayText());
+    // Closed again: the calibrator gave its hold back, the viewer keeps its own.
+    EXPECT_TRUE(host().pool().isCameraOpen(host().pool().cameraInfo("emu-cmed-0")));
+    EXPECT_FALSE(window().liveView()->camera()->isGrabbing());
+}
+
+}  // namespace
