@@ -3,6 +3,8 @@
 // afterwards.
 #include "wizardrig.h"
 
+#include "../plugin/modalanswer.h"
+
 #include "calibrationresult.h"
 #include "chartprojection.h"
 #include "emulatedcamera.h"
@@ -118,8 +120,8 @@ TEST_P(WholeCalibration, ThroughTheFourScreensSavesEverythingAndLeavesTheCameraC
         << rig.logLines().join("\n").toStdString();
 
     rig.click("nextButton");  // Finish
-    ASSERT_TRUE(rig.waitFor([&] { return rig.ended() == "finish"; }, 10000));
-    rig.closeSession();
+    ASSERT_TRUE(rig.waitForWindowClosed());
+    EXPECT_EQ(rig.ended(), "finish");
 
     // The camera keeps what the results screen showed as its new settings.
     QString after = rig.settingsText();
@@ -176,8 +178,7 @@ TEST_P(Cancel, LeavesTheCameraSettingsByteIdentical)
     ASSERT_NE(rig.settingsText(), before);
 
     if (QString(c.how) == "frame") {
-        rig.view().close();
-        QTest::qWait(50);
+        rig.closeByFrame();
     } else {
         if (QString(c.how) == "escape")
             rig.key(Qt::Key_Escape);
@@ -190,9 +191,9 @@ TEST_P(Cancel, LeavesTheCameraSettingsByteIdentical)
                                                            "restored. ") +
                       "<br>" + QCoreApplication::translate("functions", "Do you really want to cancel?"));
         rig.answerMessage("messageBoxYes");
-        ASSERT_TRUE(rig.waitFor([&] { return rig.ended() == "cancel"; }, 10000));
+        EXPECT_EQ(rig.ended(), "cancel");
     }
-    rig.closeSession();
+    ASSERT_TRUE(rig.waitForWindowClosed());
     EXPECT_EQ(rig.settingsText().toStdString(), before.toStdString());
 }
 
@@ -213,7 +214,7 @@ TEST(CancelOnStep1, AsksNothingAndChangesNothing)
     rig.key(Qt::Key_Escape);
     EXPECT_EQ(rig.ended(), "cancel");
     EXPECT_EQ(rig.messageText(), "");
-    rig.closeSession();
+    ASSERT_TRUE(rig.waitForWindowClosed());
     EXPECT_EQ(rig.settingsText().toStdString(), before.toStdString());
 }
 
@@ -249,9 +250,21 @@ TEST(WizardFailures, FailedWhiteBalanceEndsTheToolWithTheCameraRestored)
               "The calibration process failed because the image is either too bright or too dark. Adjust the "
               "brightness and try again.");
     rig.answerMessage();
-    ASSERT_TRUE(rig.waitFor([&] { return rig.ended() == "cancel"; }, 10000));
-    rig.closeSession();
+    ASSERT_TRUE(rig.waitForWindowClosed());
+    EXPECT_EQ(rig.ended(), "cancel");
     EXPECT_EQ(rig.settingsText().toStdString(), before.toStdString());
+}
+
+TEST(WizardFailures, CameraUnpluggedOnStep2ShowsTheBoxAndClosesTheWindow)
+{
+    WizardRig rig(EmulatedPool::kCustom);
+    reachBrightnessStep(rig, false);
+    QString text;
+    answerMessageBox(QMessageBox::Ok, &text);
+    rig.pool().device(EmulatedPool::kCustom).disconnect();
+    ASSERT_TRUE(rig.waitForWindowClosed(60000));
+    EXPECT_EQ(text, "<p>The camera has been disconnected.<br/>Reconnect the camera to the computer and open it to "
+                    "continue using the Color Calibrator.</p>");
 }
 
 // The gauge as the camera reports the grey patch's hit rate; the flags decide

@@ -1,6 +1,8 @@
 #include "wizardrig.h"
 
 #include "colorcorrectionmodel.h"
+#include "colorcorrectiontooldlg.h"
+#include "core/alocalizedplugin.h"
 #include "emulatedpool.h"
 #include "qmldatamodelinterface.h"
 #include "qmltrapezoid.h"
@@ -15,8 +17,10 @@
 #include <QQmlProperty>
 #include <QQuickItem>
 #include <QQuickView>
+#include <QWidget>
 #include <QTest>
-#include <QTranslator>
+#include <QCloseEvent>
+#include <QPluginLoader>
 
 #include <stdexcept>
 
@@ -46,39 +50,48 @@ bool reallyVisible(QQuickItem* item)
 WizardRig::WizardRig(const QString& cameraId, const QString& language)
     : m_pool(std::make_unique<EmulatedPool>()), m_cameraId(cameraId)
 {
-    Q_INIT_RESOURCE(colcal_translations);
     // The live image is a video output, which only the OpenGL scene graph
     // draws; in a real X server (xvfb-run) use it instead of the software one.
     if (QGuiApplication::platformName() == "xcb")
         qunsetenv("QT_QUICK_BACKEND");
     m_pool->setFrameSize(cameraId, kFrameWidth, kFrameHeight);
-    m_translator = std::make_unique<QTranslator>();
-    if (!m_translator->load(QString(":/ColCal/translations/ColorCorrectionToolPlugin_%1.qm").arg(language)))
+
+    m_plugin = std::make_unique<QPluginLoader>(QStringLiteral(COLCAL_PLUGIN_FILE));
+    auto* plugin = qobject_cast<Core::Plugin::ALocalizedPlugin*>(m_plugin->instance());
+    if (!plugin)
+        throw std::runtime_error("plug-in not loaded: " + m_plugin->errorString().toStdString());
+    if (!plugin->setLanguage(language) && language != "en")
         throw std::runtime_error("no catalogue for " + language.toStdString());
-    QCoreApplication::installTranslator(m_translator.get());
 
     m_model = m_pool->createModel();
     if (!m_model->Open(m_pool->info(cameraId)))
         throw std::runtime_error("cannot open " + cameraId.toStdString());
-    m_open = true;
     m_facade = std::make_unique<QmlDataModelInterface>(m_model.get());
     QObject::connect(m_facade.get(), &QmlDataModelInterface::signalCancel, [this] { m_ended = "cancel"; });
     QObject::connect(m_facade.get(), &QmlDataModelInterface::signalFinished, [this] { m_ended = "finish"; });
     QObject::connect(m_facade.get(), &QmlDataModelInterface::forwardLogMessage,
                      [this](const QString& message, Core::Logging::ELogLevel) { m_log << message; });
-    view().resize(800, 750);
-    view().show();
-    view().requestActivate();
-    if (!QTest::qWaitForWindowActive(&view()) || !waitForStep(1))
+    m_dialog = std::make_unique<ColorCorrectionToolDlg>(m_facade.get(), nullptr);
+    QObject::connect(m_dialog.get(), &QDialog::finished, [this] { m_closed = true; });
+    m_dialog->resize(800, 750);
+    m_dialog->show();
+    m_dialog->activateWindow();
+    if (!QTest::qWaitForWindowActive(m_dialog.get()) || !waitForStep(1))
         throw std::runtime_error("the wizard does not show step 1");
+    // Into the window, on its title, as a person starts.
+    click("stepTitle");
 }
 
 WizardRig::~WizardRig()
 {
-    closeSession();
+    if (m_dialog && m_dialog->isVisible())
+        closeByFrame();
+    // The dialog's window container would delete the view the facade owns.
     m_facade.reset();
+    m_dialog.reset();
     m_model.reset();
-    QCoreApplication::removeTranslator(m_translator.get());
+    if (auto* plugin = qobject_cast<Core::Plugin::ALocalizedPlugin*>(m_plugin->instance()))
+        plugin->setLanguage("en");
 }
 
 QQuickView& WizardRig::view()
@@ -255,11 +268,14 @@ void WizardRig::screenshot(const QString& name)
         qWarning("screenshot %s not written", qPrintable(name));
 }
 
-void WizardRig::closeSession()
+bool WizardRig::waitForWindowClosed(int timeoutMs)
 {
-    if (!m_open)
-        return;
-    m_open = false;
-    emit m_facade->cleanupQML();
-    m_model->Close();
+    return waitFor([this] { return m_closed && !m_dialog->isVisible(); }, timeoutMs);
+}
+
+void WizardRig::closeByFrame()
+{
+    QCloseEvent close;
+    QCoreApplication::sendEvent(m_dialog->windowHandle(), &close);
+    waitForWindowClosed(5000);
 }

@@ -8,30 +8,32 @@
 #include <memory>
 
 class ColorCorrectionModel;
+class ColorCorrectionToolDlg;
+class QPluginLoader;
 class EmulatedPool;
 class QmlDataModelInterface;
 class QObject;
 class QQuickItem;
 class QQuickView;
-class QTranslator;
 
-/// One camera's calibrator window as a person sees it: the wizard in its
-/// view over an opened session on an emulated camera. The rig only looks at
-/// the screen and presses keys and buttons; the host's part (opening the
-/// camera, closing the session when the window ends) it plays itself.
+/// One camera's calibrator window as a person sees it: the tool dialog with
+/// the wizard, over an opened session on an emulated camera, in the language
+/// the plug-in was set to. The rig only looks at the screen and presses keys
+/// and buttons; opening the camera, the host's part, it does itself.
 class WizardRig {
 public:
     /// Frames small enough for sanitizer builds, large enough for the chart finder.
     static constexpr int kFrameWidth = 480;
     static constexpr int kFrameHeight = 360;
 
-    /// `language` "en", "de", "ja", ...: the catalogues are installed before the wizard loads.
+    /// `language` "en", "de", "ja", ...: set through the plug-in before the wizard loads.
     explicit WizardRig(const QString& cameraId, const QString& language = "en");
     ~WizardRig();
 
     EmulatedPool& pool() { return *m_pool; }
     QmlDataModelInterface& facade() { return *m_facade; }
     QQuickView& view();
+    ColorCorrectionToolDlg& dialog() { return *m_dialog; }
     /// The camera's feature-persistence text, read past the session.
     QString settingsText();
 
@@ -72,18 +74,22 @@ public:
     /// Writes the window to out/screenshots/<name>.png.
     void screenshot(const QString& name);
 
-    /// How the window ended: "cancel", "finish" or "" while it is open.
+    /// How the wizard ended: "cancel", "finish" or "" while it runs.
     QString ended() const { return m_ended; }
-    /// What the host does when the calibrator window has ended: clean up the wizard, release the camera.
-    void closeSession();
+    /// Whether the dialog has finished (and so released the camera).
+    bool windowClosed() const { return m_closed; }
+    bool waitForWindowClosed(int timeoutMs = 10000);
+    /// Closes the window by its frame, as the window system does.
+    void closeByFrame();
 
 private:
     std::unique_ptr<EmulatedPool> m_pool;
     std::unique_ptr<ColorCorrectionModel> m_model;
     std::unique_ptr<QmlDataModelInterface> m_facade;
-    std::unique_ptr<QTranslator> m_translator;
+    std::unique_ptr<ColorCorrectionToolDlg> m_dialog;
+    std::unique_ptr<QPluginLoader> m_plugin;
     QString m_cameraId;
     QString m_ended;
+    bool m_closed = false;
     QStringList m_log;
-    bool m_open = false;
 };
