@@ -45,6 +45,25 @@
     </message>
 </context>
 <context>
+    <name>ColorCorrectionToolDlg</name>
+    <message>
+        <source>kalto Color Calibrator</source>
+        <translation>kalto Farbkalibrierung</translation>
+    </message>
+    <message>
+        <source>Image acquisition is slowed down by certain parameter settings in the camera, e.g., exposure time.</source>
+        <translation>Die Bildaufnahme wird durch bestimmte Parametereinstellungen der Kamera verlangsamt, z. B. durch die Belichtungszeit.</translation>
+    </message>
+    <message>
+        <source>Color Calibrator</source>
+        <translation>Farbkalibrierung</translation>
+    </message>
+    <message>
+        <source>&lt;p&gt;The camera has been disconnected.&lt;br/&gt;Reconnect the camera to the computer and open it to continue using the Color Calibrator.&lt;/p&gt;</source>
+        <translation>&lt;p&gt;Die Verbindung zur Kamera wurde getrennt.&lt;br/&gt;Schließen Sie die Kamera wieder an den Computer an und öffnen Sie sie, um die Farbkalibrierung weiter zu verwenden.&lt;/p&gt;</translation>
+    </message>
+</context>
+<context>
     <name>LiveImage</name>
     <message>
         <source>Camera image</source>
@@ -72,6 +91,54 @@
     <message>
         <source>No</source>
         <translation>Nein</translation>
+    </message>
+</context>
+<context>
+    <name>Plugin::ColorCalibration::CColorCalibrationPlugin</name>
+    <message>
+        <source>Color Calibrator</source>
+        <translation>Farbkalibrierung</translation>
+    </message>
+    <message>
+        <source>&lt;p&gt;To use the Color Calibrator, you have to stop continuous image acquisition as well as any recordings.&lt;p/&gt;Do you want to stop the camera and start using the Color Calibrator?</source>
+        <translation>&lt;p&gt;Für die Farbkalibrierung müssen die Daueraufnahme und alle Aufzeichnungen beendet werden.&lt;p/&gt;Möchten Sie die Kamera anhalten und die Farbkalibrierung starten?</translation>
+    </message>
+</context>
+<context>
+    <name>QMLExposureTime</name>
+    <message>
+        <source>Couldn't set exposureTime!&lt;br&gt;</source>
+        <translation>Die Belichtungszeit konnte nicht gesetzt werden!&lt;br&gt;</translation>
+    </message>
+</context>
+<context>
+    <name>QMLGainvalue</name>
+    <message>
+        <source>Couldn't set gain value!&lt;br&gt;</source>
+        <translation>Die Verstärkung konnte nicht gesetzt werden!&lt;br&gt;</translation>
+    </message>
+</context>
+<context>
+    <name>QmlDataModelInterface</name>
+    <message>
+        <source>Settings have been saved successfully in </source>
+        <translation>Die Einstellungen wurden erfolgreich gespeichert in </translation>
+    </message>
+    <message>
+        <source>Settings couldn’t be saved in </source>
+        <translation>Die Einstellungen konnten nicht gespeichert werden in </translation>
+    </message>
+    <message>
+        <source>Settings were saved successfully in </source>
+        <translation>Die Einstellungen wurden erfolgreich gespeichert in </translation>
+    </message>
+    <message>
+        <source>Summary has been saved successfully in </source>
+        <translation>Die Zusammenfassung wurde erfolgreich gespeichert in </translation>
+    </message>
+    <message>
+        <source>Summary couldn’t be saved in </source>
+        <translation>Die Zusammenfassung konnte nicht gespeichert werden in </translation>
     </message>
 </context>
 <context>

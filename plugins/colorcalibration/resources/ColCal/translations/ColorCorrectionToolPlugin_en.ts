@@ -45,6 +45,25 @@
     </message>
 </context>
 <context>
+    <name>ColorCorrectionToolDlg</name>
+    <message>
+        <source>kalto Color Calibrator</source>
+        <translation>kalto Color Calibrator</translation>
+    </message>
+    <message>
+        <source>Image acquisition is slowed down by certain parameter settings in the camera, e.g., exposure time.</source>
+        <translation>Image acquisition is slowed down by certain parameter settings in the camera, e.g., exposure time.</translation>
+    </message>
+    <message>
+        <source>Color Calibrator</source>
+        <translation>Color Calibrator</translation>
+    </message>
+    <message>
+        <source>&lt;p&gt;The camera has been disconnected.&lt;br/&gt;Reconnect the camera to the computer and open it to continue using the Color Calibrator.&lt;/p&gt;</source>
+        <translation>&lt;p&gt;The camera has been disconnected.&lt;br/&gt;Reconnect the camera to the computer and open it to continue using the Color Calibrator.&lt;/p&gt;</translation>
+    </message>
+</context>
+<context>
     <name>LiveImage</name>
     <message>
         <source>Camera image</source>
@@ -72,6 +91,54 @@
     <message>
         <source>No</source>
         <translation>No</translation>
+    </message>
+</context>
+<context>
+    <name>Plugin::ColorCalibration::CColorCalibrationPlugin</name>
+    <message>
+        <source>Color Calibrator</source>
+        <translation>Color Calibrator</translation>
+    </message>
+    <message>
+        <source>&lt;p&gt;To use the Color Calibrator, you have to stop continuous image acquisition as well as any recordings.&lt;p/&gt;Do you want to stop the camera and start using the Color Calibrator?</source>
+        <translation>&lt;p&gt;To use the Color Calibrator, you have to stop continuous image acquisition as well as any recordings.&lt;p/&gt;Do you want to stop the camera and start using the Color Calibrator?</translation>
+    </message>
+</context>
+<context>
+    <name>QMLExposureTime</name>
+    <message>
+        <source>Couldn't set exposureTime!&lt;br&gt;</source>
+        <translation>Couldn't set exposureTime!&lt;br&gt;</translation>
+    </message>
+</context>
+<context>
+    <name>QMLGainvalue</name>
+    <message>
+        <source>Couldn't set gain value!&lt;br&gt;</source>
+        <translation>Couldn't set gain value!&lt;br&gt;</translation>
+    </message>
+</context>
+<context>
+    <name>QmlDataModelInterface</name>
+    <message>
+        <source>Settings have been saved successfully in </source>
+        <translation>Settings have been saved successfully in </translation>
+    </message>
+    <message>
+        <source>Settings couldn’t be saved in </source>
+        <translation>Settings couldn’t be saved in </translation>
+    </message>
+    <message>
+        <source>Settings were saved successfully in </source>
+        <translation>Settings were saved successfully in </translation>
+    </message>
+    <message>
+        <source>Summary has been saved successfully in </source>
+        <translation>Summary has been saved successfully in </translation>
+    </message>
+    <message>
+        <source>Summary couldn’t be saved in </source>
+        <translation>Summary couldn’t be saved in </translation>
     </message>
 </context>
 <context>

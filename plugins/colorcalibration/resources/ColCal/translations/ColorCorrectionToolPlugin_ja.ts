@@ -45,6 +45,25 @@
     </message>
 </context>
 <context>
+    <name>ColorCorrectionToolDlg</name>
+    <message>
+        <source>kalto Color Calibrator</source>
+        <translation>kalto カラーキャリブレーター</translation>
+    </message>
+    <message>
+        <source>Image acquisition is slowed down by certain parameter settings in the camera, e.g., exposure time.</source>
+        <translation>カメラの特定のパラメーター設定（露光時間など）により、画像取得が遅くなっています。</translation>
+    </message>
+    <message>
+        <source>Color Calibrator</source>
+        <translation>カラーキャリブレーター</translation>
+    </message>
+    <message>
+        <source>&lt;p&gt;The camera has been disconnected.&lt;br/&gt;Reconnect the camera to the computer and open it to continue using the Color Calibrator.&lt;/p&gt;</source>
+        <translation>&lt;p&gt;カメラの接続が切断されました。&lt;br/&gt;カラーキャリブレーターを引き続き使用するには、カメラをコンピューターに再接続して開いてください。&lt;/p&gt;</translation>
+    </message>
+</context>
+<context>
     <name>LiveImage</name>
     <message>
         <source>Camera image</source>
@@ -72,6 +91,54 @@
     <message>
         <source>No</source>
         <translation>いいえ</translation>
+    </message>
+</context>
+<context>
+    <name>Plugin::ColorCalibration::CColorCalibrationPlugin</name>
+    <message>
+        <source>Color Calibrator</source>
+        <translation>カラーキャリブレーター</translation>
+    </message>
+    <message>
+        <source>&lt;p&gt;To use the Color Calibrator, you have to stop continuous image acquisition as well as any recordings.&lt;p/&gt;Do you want to stop the camera and start using the Color Calibrator?</source>
+        <translation>&lt;p&gt;カラーキャリブレーターを使用するには、連続画像取得とすべての録画を停止する必要があります。&lt;p/&gt;カメラを停止してカラーキャリブレーターを開始しますか？</translation>
+    </message>
+</context>
+<context>
+    <name>QMLExposureTime</name>
+    <message>
+        <source>Couldn't set exposureTime!&lt;br&gt;</source>
+        <translation>露光時間を設定できませんでした！&lt;br&gt;</translation>
+    </message>
+</context>
+<context>
+    <name>QMLGainvalue</name>
+    <message>
+        <source>Couldn't set gain value!&lt;br&gt;</source>
+        <translation>ゲイン値を設定できませんでした！&lt;br&gt;</translation>
+    </message>
+</context>
+<context>
+    <name>QmlDataModelInterface</name>
+    <message>
+        <source>Settings have been saved successfully in </source>
+        <translation>設定を次の場所に保存しました: </translation>
+    </message>
+    <message>
+        <source>Settings couldn’t be saved in </source>
+        <translation>設定を次の場所に保存できませんでした: </translation>
+    </message>
+    <message>
+        <source>Settings were saved successfully in </source>
+        <translation>設定を次のユーザーセットに保存しました: </translation>
+    </message>
+    <message>
+        <source>Summary has been saved successfully in </source>
+        <translation>サマリーを次の場所に保存しました: </translation>
+    </message>
+    <message>
+        <source>Summary couldn’t be saved in </source>
+        <translation>サマリーを次の場所に保存できませんでした: </translation>
     </message>
 </context>
 <context>

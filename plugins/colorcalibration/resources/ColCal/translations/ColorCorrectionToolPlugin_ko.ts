@@ -45,6 +45,25 @@
     </message>
 </context>
 <context>
+    <name>ColorCorrectionToolDlg</name>
+    <message>
+        <source>kalto Color Calibrator</source>
+        <translation>kalto 컬러 캘리브레이터</translation>
+    </message>
+    <message>
+        <source>Image acquisition is slowed down by certain parameter settings in the camera, e.g., exposure time.</source>
+        <translation>카메라의 특정 매개변수 설정(예: 노출 시간)으로 인해 이미지 수집이 느려졌습니다.</translation>
+    </message>
+    <message>
+        <source>Color Calibrator</source>
+        <translation>컬러 캘리브레이터</translation>
+    </message>
+    <message>
+        <source>&lt;p&gt;The camera has been disconnected.&lt;br/&gt;Reconnect the camera to the computer and open it to continue using the Color Calibrator.&lt;/p&gt;</source>
+        <translation>&lt;p&gt;카메라 연결이 끊어졌습니다.&lt;br/&gt;컬러 캘리브레이터를 계속 사용하려면 카메라를 컴퓨터에 다시 연결한 후 여십시오.&lt;/p&gt;</translation>
+    </message>
+</context>
+<context>
     <name>LiveImage</name>
     <message>
         <source>Camera image</source>
@@ -72,6 +91,54 @@
     <message>
         <source>No</source>
         <translation>아니요</translation>
+    </message>
+</context>
+<context>
+    <name>Plugin::ColorCalibration::CColorCalibrationPlugin</name>
+    <message>
+        <source>Color Calibrator</source>
+        <translation>컬러 캘리브레이터</translation>
+    </message>
+    <message>
+        <source>&lt;p&gt;To use the Color Calibrator, you have to stop continuous image acquisition as well as any recordings.&lt;p/&gt;Do you want to stop the camera and start using the Color Calibrator?</source>
+        <translation>&lt;p&gt;컬러 캘리브레이터를 사용하려면 연속 이미지 수집과 모든 녹화를 중지해야 합니다.&lt;p/&gt;카메라를 중지하고 컬러 캘리브레이터를 시작하시겠습니까?</translation>
+    </message>
+</context>
+<context>
+    <name>QMLExposureTime</name>
+    <message>
+        <source>Couldn't set exposureTime!&lt;br&gt;</source>
+        <translation>노출 시간을 설정할 수 없습니다!&lt;br&gt;</translation>
+    </message>
+</context>
+<context>
+    <name>QMLGainvalue</name>
+    <message>
+        <source>Couldn't set gain value!&lt;br&gt;</source>
+        <translation>게인 값을 설정할 수 없습니다!&lt;br&gt;</translation>
+    </message>
+</context>
+<context>
+    <name>QmlDataModelInterface</name>
+    <message>
+        <source>Settings have been saved successfully in </source>
+        <translation>설정이 다음 위치에 저장되었습니다: </translation>
+    </message>
+    <message>
+        <source>Settings couldn’t be saved in </source>
+        <translation>설정을 다음 위치에 저장할 수 없습니다: </translation>
+    </message>
+    <message>
+        <source>Settings were saved successfully in </source>
+        <translation>설정이 다음 사용자 세트에 저장되었습니다: </translation>
+    </message>
+    <message>
+        <source>Summary has been saved successfully in </source>
+        <translation>요약이 다음 위치에 저장되었습니다: </translation>
+    </message>
+    <message>
+        <source>Summary couldn’t be saved in </source>
+        <translation>요약을 다음 위치에 저장할 수 없습니다: </translation>
     </message>
 </context>
 <context>

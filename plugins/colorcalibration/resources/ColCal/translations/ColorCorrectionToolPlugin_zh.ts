@@ -45,6 +45,25 @@
     </message>
 </context>
 <context>
+    <name>ColorCorrectionToolDlg</name>
+    <message>
+        <source>kalto Color Calibrator</source>
+        <translation>kalto 颜色校准器</translation>
+    </message>
+    <message>
+        <source>Image acquisition is slowed down by certain parameter settings in the camera, e.g., exposure time.</source>
+        <translation>相机中的某些参数设置（例如曝光时间）减慢了图像采集速度。</translation>
+    </message>
+    <message>
+        <source>Color Calibrator</source>
+        <translation>颜色校准器</translation>
+    </message>
+    <message>
+        <source>&lt;p&gt;The camera has been disconnected.&lt;br/&gt;Reconnect the camera to the computer and open it to continue using the Color Calibrator.&lt;/p&gt;</source>
+        <translation>&lt;p&gt;相机已断开连接。&lt;br/&gt;请将相机重新连接到计算机并打开，以继续使用颜色校准器。&lt;/p&gt;</translation>
+    </message>
+</context>
+<context>
     <name>LiveImage</name>
     <message>
         <source>Camera image</source>
@@ -72,6 +91,54 @@
     <message>
         <source>No</source>
         <translation>否</translation>
+    </message>
+</context>
+<context>
+    <name>Plugin::ColorCalibration::CColorCalibrationPlugin</name>
+    <message>
+        <source>Color Calibrator</source>
+        <translation>颜色校准器</translation>
+    </message>
+    <message>
+        <source>&lt;p&gt;To use the Color Calibrator, you have to stop continuous image acquisition as well as any recordings.&lt;p/&gt;Do you want to stop the camera and start using the Color Calibrator?</source>
+        <translation>&lt;p&gt;要使用颜色校准器，必须停止连续图像采集以及所有录制。&lt;p/&gt;是否停止相机并开始使用颜色校准器？</translation>
+    </message>
+</context>
+<context>
+    <name>QMLExposureTime</name>
+    <message>
+        <source>Couldn't set exposureTime!&lt;br&gt;</source>
+        <translation>无法设置曝光时间！&lt;br&gt;</translation>
+    </message>
+</context>
+<context>
+    <name>QMLGainvalue</name>
+    <message>
+        <source>Couldn't set gain value!&lt;br&gt;</source>
+        <translation>无法设置增益值！&lt;br&gt;</translation>
+    </message>
+</context>
+<context>
+    <name>QmlDataModelInterface</name>
+    <message>
+        <source>Settings have been saved successfully in </source>
+        <translation>设置已成功保存到 </translation>
+    </message>
+    <message>
+        <source>Settings couldn’t be saved in </source>
+        <translation>无法将设置保存到 </translation>
+    </message>
+    <message>
+        <source>Settings were saved successfully in </source>
+        <translation>设置已成功保存到 </translation>
+    </message>
+    <message>
+        <source>Summary has been saved successfully in </source>
+        <translation>摘要已成功保存到 </translation>
+    </message>
+    <message>
+        <source>Summary couldn’t be saved in </source>
+        <translation>无法将摘要保存到 </translation>
     </message>
 </context>
 <context>
