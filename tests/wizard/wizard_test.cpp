@@ -6,6 +6,7 @@
 #include "../plugin/modalanswer.h"
 
 #include "calibrationresult.h"
+#include "colorcorrectiontooldlg.h"
 #include "chartprojection.h"
 #include "emulatedcamera.h"
 #include "emulatedpool.h"
@@ -97,6 +98,11 @@ TEST_P(WholeCalibration, ThroughTheFourScreensSavesEverythingAndLeavesTheCameraC
         rig.hoverPatch(6);
         EXPECT_TRUE(rig.property("hoverText", "text").toString().startsWith("Patch07 R: "));
         rig.screenshot("wizard_step3");
+        // The same screen on a full HD monitor.
+        rig.dialog().resize(1920, 1080);
+        QTest::qWait(300);
+        rig.screenshot("wizard_step3_fullhd");
+        rig.dialog().resize(800, 750);
     }
 
     rig.key(Qt::Key_Return);  // Next, by keyboard
@@ -190,6 +196,7 @@ TEST_P(Cancel, LeavesTheCameraSettingsByteIdentical)
                                                            "made will be lost. The original settings will be "
                                                            "restored. ") +
                       "<br>" + QCoreApplication::translate("functions", "Do you really want to cancel?"));
+        rig.screenshot(QString("wizard_cancel_question") + suffix);
         rig.answerMessage("messageBoxYes");
         EXPECT_EQ(rig.ended(), "cancel");
     }
@@ -228,6 +235,7 @@ TEST(WizardFailures, ChartOutOfViewCannotBePositionedAutomatically)
     ASSERT_TRUE(rig.waitForMessage());
     EXPECT_EQ(rig.messageText(), "Grid could not be positioned automatically.");
     EXPECT_EQ(rig.messageTitle(), "Color Calibrator");
+    rig.screenshot("wizard_message_warning");
     rig.answerMessage();
     EXPECT_TRUE(rig.waitForStep(1));
     EXPECT_TRUE(rig.item("nextButton")->isEnabled());

@@ -43,6 +43,7 @@ Dialog {
 
     footer: DialogButtonBox {
         id: buttons
+        alignment: Qt.AlignRight
         Button {
             id: yesButton
             objectName: box.question ? "messageBoxYes" : "messageBoxOk"
