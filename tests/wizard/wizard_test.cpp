@@ -18,6 +18,11 @@
 #include <gtest/gtest.h>
 
 #include <QDirIterator>
+#include <QFile>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QSettings>
+#include <QUrl>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QQuickItem>
@@ -261,6 +266,47 @@ TEST(WizardFailures, FailedWhiteBalanceEndsTheToolWithTheCameraRestored)
     ASSERT_TRUE(rig.waitForWindowClosed());
     EXPECT_EQ(rig.ended(), "cancel");
     EXPECT_EQ(rig.settingsText().toStdString(), before.toStdString());
+}
+
+// A camera settings file chosen on step 1 that is gone when Next is pressed:
+// the wizard says so, stays on step 1 and the camera keeps its settings; the
+// file's folder is remembered for the next choice.
+TEST(WizardFailures, VanishedSettingsFileIsReportedAndChangesNothing)
+{
+    WizardRig rig(EmulatedPool::kMedical);
+    const QString before = rig.settingsText();
+    QTemporaryDir dir;
+    const QString file = dir.filePath("previous.pfs");
+    {
+        QFile out(file);
+        ASSERT_TRUE(out.open(QIODevice::WriteOnly));
+        out.write(before.toUtf8());
+    }
+    whenWindowAppears([](QWidget* w) { return qobject_cast<QFileDialog*>(w) != nullptr; },
+                      [file](QWidget* w) {
+                          w->activateWindow();
+                          QTest::qWaitForWindowActive(w);
+                          auto* name = w->findChild<QLineEdit*>("fileNameEdit");
+                          name->setFocus();
+                          QTest::keyClicks(name, file);
+                          QTest::keyClick(name, Qt::Key_Return);
+                      });
+    rig.click("loadSettingsButton");
+    ASSERT_TRUE(rig.waitFor([&] { return rig.property("previousCalibrationFile", "text") == file; }, 20000));
+    ASSERT_TRUE(QFile::remove(file));
+
+    rig.click("nextButton");
+    ASSERT_TRUE(rig.waitForMessage());
+    EXPECT_EQ(rig.messageText(), "Could not load previous settings.");
+    rig.answerMessage();
+    EXPECT_TRUE(rig.waitForStep(1));
+    EXPECT_EQ(rig.settingsText().toStdString(), before.toStdString());
+    EXPECT_TRUE(rig.waitFor(
+        [&] {
+            return QSettings().value("ColCalPlugin/Paths/PreviousCalibration/folder").toUrl() ==
+                   QUrl::fromLocalFile(dir.path());
+        },
+        5000));
 }
 
 TEST(WizardFailures, CameraUnpluggedOnStep2ShowsTheBoxAndClosesTheWindow)

@@ -15,6 +15,7 @@ ColumnLayout {
     readonly property string path: check.checked ? folderField.text.trim() : ""
     property alias checkBox: check
     property alias field: folderField
+    signal browsing(bool open)
     spacing: 4
 
     CheckBox {
@@ -42,7 +43,10 @@ ColumnLayout {
             Accessible.name: text
             onClicked: {
                 dialog.folder = paths.folder;
+                // The file dialog runs its own event loop; nothing here may move meanwhile.
+                option.browsing(true);
                 dialog.open();
+                option.browsing(false);
             }
         }
     }

@@ -66,7 +66,10 @@ StepPage {
         enabled: (wizard !== null && wizard.controlsEnabled)
         onClicked: {
             fileDialog.folder = previousPaths.folder;
+            // The file dialog runs its own event loop; nothing here may move meanwhile.
+            wizard.controlsEnabled = false;
             fileDialog.open();
+            wizard.controlsEnabled = true;
         }
     }
     Label {

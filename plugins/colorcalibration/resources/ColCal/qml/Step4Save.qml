@@ -101,6 +101,7 @@ StepPage {
         settingsCategory: "ColCalPlugin/Paths/SaveCalibration"
         enabledOption: (wizard !== null && wizard.controlsEnabled)
         onPathChanged: qmlModelInterface.calibrationFileToSave = path
+        onBrowsing: wizard.controlsEnabled = !open
     }
     SaveOption {
         id: summaryOption
@@ -110,6 +111,7 @@ StepPage {
         settingsCategory: "ColCalPlugin/Paths/SummaryReport"
         enabledOption: (wizard !== null && wizard.controlsEnabled)
         onPathChanged: qmlModelInterface.summaryFileToSave = path
+        onBrowsing: wizard.controlsEnabled = !open
     }
 
     Label {
