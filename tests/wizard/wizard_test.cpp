@@ -83,6 +83,9 @@ TEST_P(WholeCalibration, ThroughTheFourScreensSavesEverythingAndLeavesTheCameraC
 {
     const QString camera = GetParam();
     const bool screenshots = camera == EmulatedPool::kMedical;
+    // The custom camera runs in demo mode, which offers an automatic recalibration on step 3.
+    const bool demo = camera == EmulatedPool::kCustom;
+    GuiTestApp::setPluginSetting("EnableDemoMode", demo);
     WizardRig rig(camera);
     const QString before = rig.settingsText();
 
@@ -97,6 +100,14 @@ TEST_P(WholeCalibration, ThroughTheFourScreensSavesEverythingAndLeavesTheCameraC
     ASSERT_TRUE(rig.waitForStep(3));
     ASSERT_TRUE(rig.waitFor([&] { return rig.property("reportRows", "count").toInt() == 24; }, 10000))
         << "the Colors report lists every patch";
+    ASSERT_TRUE(rig.item("recalibrateButton"));
+    EXPECT_EQ(rig.item("recalibrateButton")->isVisible(), demo);
+    if (demo) {
+        rig.click("recalibrateButton");
+        ASSERT_TRUE(rig.waitFor([&] { return rig.controlsEnabled(); }, 120000));
+        EXPECT_EQ(rig.messageText(), "");
+        EXPECT_EQ(rig.activeStep(), 3);
+    }
     const QJsonObject results =
         QJsonDocument::fromJson(rig.facade().getCalibrationsResultsJson().toUtf8()).object();
     if (screenshots) {
@@ -137,6 +148,7 @@ TEST_P(WholeCalibration, ThroughTheFourScreensSavesEverythingAndLeavesTheCameraC
     // The camera keeps what the results screen showed as its new settings.
     QString after = rig.settingsText();
     EXPECT_NE(after, before);
+    GuiTestApp::setPluginSetting("EnableDemoMode", false);
     CalibrationResult parser("check");
     QString filtered = parser.FilterSettings(after);
     EXPECT_EQ(parser.ParseSettings(filtered), results.value("Calibrated").toObject());
