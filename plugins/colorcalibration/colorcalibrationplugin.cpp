@@ -43,13 +43,12 @@ QString catalogue(const char* name, const QString& language)
 }  // namespace Plugin
 
 // Outside any namespace, as the resource initialiser must be; the action's
-// icon is needed before the wizard's objects, which register it too, exist.
+// icon and the catalogues setLanguage loads are needed before the wizard's
+// objects, which register the first too, exist.
 static void initResources()
 {
     Q_INIT_RESOURCE(colcal_ui);
-#ifdef COLCAL_HAVE_TRANSLATIONS
     Q_INIT_RESOURCE(colcal_translations);
-#endif
 }
 
 namespace Plugin {

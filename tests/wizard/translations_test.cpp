@@ -1,0 +1,159 @@
+// The translation catalogues: every text the wizard's QML shows is in the
+// tool catalogue, every catalogue translates every text it holds, the
+// translations keep the markup and the trailing spaces the code relies on, and
+// the compiled catalogues are where the plug-in loads them from.
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QMap>
+#include <QRegularExpression>
+#include <QSet>
+#include <QTranslator>
+#include <QXmlStreamReader>
+
+namespace {
+
+struct Message {
+    QString context;
+    QString source;
+    QString translation;
+    QString type;  // "unfinished", "obsolete", "vanished" or empty
+};
+
+QList<Message> readCatalogue(const QString& path)
+{
+    QList<Message> messages;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return messages;
+    QXmlStreamReader xml(&file);
+    QString context;
+    Message current;
+    while (!xml.atEnd()) {
+        xml.readNext();
+        if (!xml.isStartElement())
+            continue;
+        if (xml.name() == QLatin1String("name")) {
+            context = xml.readElementText();
+        } else if (xml.name() == QLatin1String("message")) {
+            current = Message{context, {}, {}, {}};
+        } else if (xml.name() == QLatin1String("source")) {
+            current.source = xml.readElementText();
+        } else if (xml.name() == QLatin1String("translation")) {
+            current.type = xml.attributes().value("type").toString();
+            current.translation = xml.readElementText();
+            messages.append(current);
+        }
+    }
+    EXPECT_FALSE(xml.hasError()) << path.toStdString() << ": " << xml.errorString().toStdString();
+    return messages;
+}
+
+QString tsPath(const QString& catalogue, const QString& lang)
+{
+    return QStringLiteral(COLCAL_TS_DIR "/%1_%2.ts").arg(catalogue, lang);
+}
+
+// Markup whose loss would change what a box shows: line breaks, bold, paragraphs.
+QStringList tags(const QString& text)
+{
+    QStringList found;
+    QRegularExpressionMatchIterator it = QRegularExpression("<[^>]+>").globalMatch(text);
+    while (it.hasNext())
+        found << it.next().captured(0);
+    return found;
+}
+
+// Every literal the QML documents and the step script pass to qsTr.
+QSet<QString> qmlTexts()
+{
+    QSet<QString> texts;
+    const QRegularExpression call(R"(qsTr\(\s*"((?:[^"\\]|\\.)*)\"\s*\))");
+    QDirIterator it(QStringLiteral(COLCAL_QML_DIR), {"*.qml", "*.js"}, QDir::Files, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        QFile file(it.next());
+        if (!file.open(QIODevice::ReadOnly))
+            continue;
+        const QString code = QString::fromUtf8(file.readAll());
+        QRegularExpressionMatchIterator m = call.globalMatch(code);
+        while (m.hasNext())
+            texts.insert(m.next().captured(1).replace("\\\"", "\"").replace("\\\\", "\\"));
+    }
+    return texts;
+}
+
+struct Catalogue {
+    const char* name;
+    QStringList languages;
+};
+
+const Catalogue kCatalogues[] = {
+    {"ColorCorrectionToolPlugin", {"de", "en", "ja", "ko", "zh"}},
+    {"ColorCalibration", {"en", "ja", "ko", "zh"}},
+};
+
+}  // namespace
+
+TEST(Translations, EveryTextOfEveryCatalogueIsTranslatedWithItsMarkup)
+{
+    for (const Catalogue& c : kCatalogues) {
+        QSet<QString> english;
+        for (const Message& m : readCatalogue(tsPath(c.name, "en")))
+            english.insert(m.context + '\n' + m.source);
+        ASSERT_FALSE(english.isEmpty()) << c.name;
+        for (const QString& lang : c.languages) {
+            SCOPED_TRACE(QString("%1_%2").arg(c.name, lang).toStdString());
+            const QList<Message> messages = readCatalogue(tsPath(c.name, lang));
+            QSet<QString> keys;
+            for (const Message& m : messages) {
+                SCOPED_TRACE(m.source.toStdString());
+                keys.insert(m.context + '\n' + m.source);
+                EXPECT_TRUE(m.type.isEmpty()) << "marked " << m.type.toStdString();
+                EXPECT_FALSE(m.translation.trimmed().isEmpty());
+                EXPECT_EQ(tags(m.translation), tags(m.source));
+                // Texts that the code continues with a path or a name end in a space.
+                if (m.source.endsWith(' ') && lang != "ja" && lang != "zh") {
+                    EXPECT_TRUE(m.translation.endsWith(' '));
+                }
+                if (lang != "en" && m.source.size() > 12) {
+                    EXPECT_NE(m.translation, m.source) << "left in English";
+                }
+            }
+            EXPECT_EQ(keys, english) << "the languages of a catalogue hold different texts";
+        }
+    }
+}
+
+TEST(Translations, EveryWizardTextIsInTheToolCatalogue)
+{
+    QSet<QString> catalogued;
+    for (const Message& m : readCatalogue(tsPath("ColorCorrectionToolPlugin", "de")))
+        catalogued.insert(m.source);
+    const QSet<QString> texts = qmlTexts();
+    ASSERT_GT(texts.size(), 50);
+    for (const QString& text : texts)
+        EXPECT_TRUE(catalogued.contains(text)) << "not in the catalogue (run the colcal_lupdate target): "
+                                               << text.toStdString();
+}
+
+TEST(Translations, CompiledCataloguesLieWhereThePluginLoadsThem)
+{
+    Q_INIT_RESOURCE(colcal_translations);
+    const QMap<QString, QString> titles = {
+        {"de", QString::fromUtf8("Helligkeit einstellen")}, {"en", "Adjust Brightness"},
+        {"ja", QString::fromUtf8("明るさの調整")},           {"ko", QString::fromUtf8("밝기 조정")},
+        {"zh", QString::fromUtf8("调整亮度")}};
+    for (const Catalogue& c : kCatalogues) {
+        for (const QString& lang : c.languages) {
+            QTranslator translator;
+            EXPECT_TRUE(translator.load(QString(":/ColCal/translations/%1_%2.qm").arg(c.name, lang)))
+                << c.name << "_" << lang.toStdString();
+            if (QString(c.name) == "ColorCorrectionToolPlugin") {
+                EXPECT_EQ(translator.translate("main", "Adjust Brightness"), titles.value(lang)) << lang.toStdString();
+            }
+        }
+    }
+}

@@ -1,0 +1,380 @@
+// The calibrator window used as a person uses it: clicks and keys on the
+// wizard's items, answers to its message boxes, and what the camera holds
+// afterwards.
+#include "wizardrig.h"
+
+#include "../plugin/modalanswer.h"
+
+#include "calibrationresult.h"
+#include "colorcorrectiontooldlg.h"
+#include "chartprojection.h"
+#include "emulatedcamera.h"
+#include "emulatedpool.h"
+#include "guitestapp.h"
+#include "qmldatamodelinterface.h"
+
+#include "genicam/nodemap.h"
+
+#include <gtest/gtest.h>
+
+#include <QDirIterator>
+#include <QFile>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QSettings>
+#include <QUrl>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QQuickItem>
+#include <QQuickView>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+const QString kTooBright =
+    "The image is too bright. Adjust the exposure time and the gain to achieve optimum brightness.<br>";
+const QString kTooBrightFailed =
+    "The image is too bright and the calibration failed. Adjust the exposure time and the gain to achieve "
+    "optimum brightness.<br>";
+
+int filesUnder(const QString& dir, const QString& pattern)
+{
+    int n = 0;
+    QDirIterator it(dir, {pattern}, QDir::Files, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        it.next();
+        ++n;
+    }
+    return n;
+}
+
+// Tabs to the check box, ticks it with Space, and types the folder into the field beside it.
+void chooseFolder(WizardRig& rig, const QString& option, const QString& folder)
+{
+    rig.click(option + "Check");
+    rig.click(option + "Folder");
+    rig.key(Qt::Key_A, Qt::ControlModifier);
+    rig.type(folder);
+}
+
+// Steps 1 and 2 as a person does them: automatic grid, Next, Auto until the
+// gauge reads just right.
+void reachBrightnessStep(WizardRig& rig, bool autoBrightness)
+{
+    ASSERT_TRUE(rig.positionGridAutomatically());
+    ASSERT_EQ(rig.messageText(), "");
+    ASSERT_TRUE(rig.next());
+    ASSERT_EQ(rig.messageText(), "");
+    ASSERT_TRUE(rig.waitForStep(2));
+    if (autoBrightness) {
+        rig.click("autoButton");
+        ASSERT_TRUE(rig.waitFor([&] { return !rig.controlsEnabled(); }, 5000));
+        ASSERT_TRUE(rig.waitFor([&] { return rig.controlsEnabled(); }, 180000));
+        EXPECT_EQ(rig.property("verdict", "text").toString(), "Just right");
+    }
+}
+
+}  // namespace
+
+class WholeCalibration : public ::testing::TestWithParam<const char*> {};
+
+TEST_P(WholeCalibration, ThroughTheFourScreensSavesEverythingAndLeavesTheCameraCalibrated)
+{
+    const QString camera = GetParam();
+    const bool screenshots = camera == EmulatedPool::kMedical;
+    // The custom camera runs in demo mode, which offers an automatic recalibration on step 3.
+    const bool demo = camera == EmulatedPool::kCustom;
+    GuiTestApp::setPluginSetting("EnableDemoMode", demo);
+    WizardRig rig(camera);
+    const QString before = rig.settingsText();
+
+    if (screenshots)
+        rig.screenshot("wizard_step1");
+    reachBrightnessStep(rig, true);
+    if (screenshots)
+        rig.screenshot("wizard_step2");
+
+    ASSERT_TRUE(rig.next());
+    ASSERT_EQ(rig.messageText(), "");
+    ASSERT_TRUE(rig.waitForStep(3));
+    ASSERT_TRUE(rig.waitFor([&] { return rig.property("reportRows", "count").toInt() == 24; }, 10000))
+        << "the Colors report lists every patch";
+    ASSERT_TRUE(rig.item("recalibrateButton"));
+    EXPECT_EQ(rig.item("recalibrateButton")->isVisible(), demo);
+    if (demo) {
+        rig.click("recalibrateButton");
+        ASSERT_TRUE(rig.waitFor([&] { return rig.controlsEnabled(); }, 120000));
+        EXPECT_EQ(rig.messageText(), "");
+        EXPECT_EQ(rig.activeStep(), 3);
+    }
+    const QJsonObject results =
+        QJsonDocument::fromJson(rig.facade().getCalibrationsResultsJson().toUtf8()).object();
+    if (screenshots) {
+        rig.hoverPatch(6);
+        EXPECT_TRUE(rig.property("hoverText", "text").toString().startsWith("Patch07 R: "));
+        rig.screenshot("wizard_step3");
+        // The same screen on a full HD monitor.
+        rig.dialog().resize(1920, 1080);
+        QTest::qWait(300);
+        rig.screenshot("wizard_step3_fullhd");
+        rig.dialog().resize(800, 750);
+    }
+
+    rig.key(Qt::Key_Return);  // Next, by keyboard
+    ASSERT_TRUE(rig.waitForStep(4));
+    QTemporaryDir out;
+    chooseFolder(rig, "saveSettings", out.filePath("settings"));
+    chooseFolder(rig, "saveSummary", out.filePath("summary"));
+    // The first user set, chosen by keyboard.
+    rig.click("userSetChoice");
+    rig.key(Qt::Key_Down);
+    rig.key(Qt::Key_Return);
+    ASSERT_TRUE(rig.waitFor([&] { return rig.property("userSetChoice", "currentIndex").toInt() == 1; }, 5000));
+    rig.click("saveButton");
+    ASSERT_TRUE(rig.waitFor([&] { return rig.property("saveStatus", "visible").toBool(); }, 60000))
+        << rig.messageText().toStdString();
+    if (screenshots)
+        rig.screenshot("wizard_step4");
+    EXPECT_EQ(filesUnder(out.filePath("settings"), "Calibrated.pfs"), 1);
+    EXPECT_EQ(filesUnder(out.filePath("summary"), "calibration_report.html"), 1);
+    EXPECT_TRUE(rig.logLines().contains("Settings were saved successfully in UserSet1"))
+        << rig.logLines().join("\n").toStdString();
+
+    rig.click("nextButton");  // Finish
+    ASSERT_TRUE(rig.waitForWindowClosed());
+    EXPECT_EQ(rig.ended(), "finish");
+
+    // The camera keeps what the results screen showed as its new settings.
+    QString after = rig.settingsText();
+    EXPECT_NE(after, before);
+    GuiTestApp::setPluginSetting("EnableDemoMode", false);
+    CalibrationResult parser("check");
+    QString filtered = parser.FilterSettings(after);
+    EXPECT_EQ(parser.ParseSettings(filtered), results.value("Calibrated").toObject());
+    EXPECT_NE(results.value("Calibrated"), results.value("Original"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Cameras, WholeCalibration,
+                         ::testing::Values(EmulatedPool::kMedical, EmulatedPool::kCustom),
+                         [](const auto& info) { return QString(info.param).remove('-').toStdString(); });
+
+// Leaving the wizard early: from step 2, 3 or 4 after confirming, or by the
+// window's frame. Each also shows its screens in another language.
+struct CancelCase {
+    int step;
+    const char* how;  // "escape", "button" or "frame"
+    const char* language;
+};
+
+void PrintTo(const CancelCase& c, std::ostream* os)
+{
+    *os << "step " << c.step << " by " << c.how << " in " << c.language;
+}
+
+class Cancel : public ::testing::TestWithParam<CancelCase> {};
+
+TEST_P(Cancel, LeavesTheCameraSettingsByteIdentical)
+{
+    const CancelCase c = GetParam();
+    WizardRig rig(EmulatedPool::kMedical, c.language);
+    const QString before = rig.settingsText();
+    const QString suffix = QString("_") + c.language;
+
+    reachBrightnessStep(rig, false);
+    if (c.language != QString("en"))
+        rig.screenshot("wizard_step2" + suffix);
+    if (c.step >= 3) {
+        ASSERT_TRUE(rig.next());
+        while (!rig.messageText().isEmpty())  // the brightness warning, if any
+            rig.answerMessage();
+        ASSERT_TRUE(rig.waitForStep(3));
+        if (c.language != QString("en")) {
+            rig.hoverPatch(6);
+            rig.screenshot("wizard_step3" + suffix);
+        }
+    }
+    if (c.step >= 4) {
+        ASSERT_TRUE(rig.next());
+        ASSERT_TRUE(rig.waitForStep(4));
+    }
+    ASSERT_NE(rig.settingsText(), before);
+
+    if (QString(c.how) == "frame") {
+        rig.closeByFrame();
+    } else {
+        if (QString(c.how) == "escape")
+            rig.key(Qt::Key_Escape);
+        else
+            rig.click("cancelButton");
+        ASSERT_TRUE(rig.waitForMessage(5000));
+        EXPECT_EQ(rig.messageText(),
+                  QCoreApplication::translate("functions", "If you cancel the color calibration, any changes you "
+                                                           "made will be lost. The original settings will be "
+                                                           "restored. ") +
+                      "<br>" + QCoreApplication::translate("functions", "Do you really want to cancel?"));
+        rig.screenshot(QString("wizard_cancel_question") + suffix);
+        rig.answerMessage("messageBoxYes");
+        EXPECT_EQ(rig.ended(), "cancel");
+    }
+    ASSERT_TRUE(rig.waitForWindowClosed());
+    EXPECT_EQ(rig.settingsText().toStdString(), before.toStdString());
+}
+
+INSTANTIATE_TEST_SUITE_P(Steps, Cancel,
+                         ::testing::Values(CancelCase{2, "escape", "en"}, CancelCase{3, "button", "ja"},
+                                           CancelCase{4, "escape", "de"}, CancelCase{3, "frame", "en"}),
+                         [](const auto& info) {
+                             return QString("Step%1_%2_%3")
+                                 .arg(info.param.step)
+                                 .arg(info.param.how, info.param.language)
+                                 .toStdString();
+                         });
+
+TEST(CancelOnStep1, AsksNothingAndChangesNothing)
+{
+    WizardRig rig(EmulatedPool::kCustom);
+    const QString before = rig.settingsText();
+    rig.key(Qt::Key_Escape);
+    EXPECT_EQ(rig.ended(), "cancel");
+    EXPECT_EQ(rig.messageText(), "");
+    ASSERT_TRUE(rig.waitForWindowClosed());
+    EXPECT_EQ(rig.settingsText().toStdString(), before.toStdString());
+}
+
+TEST(WizardFailures, ChartOutOfViewCannotBePositionedAutomatically)
+{
+    WizardRig rig(EmulatedPool::kMedical);
+    SceneGeometry away = rig.pool().device(EmulatedPool::kMedical).sceneGeometry();
+    away.centreX = 4.0;
+    rig.pool().device(EmulatedPool::kMedical).setSceneGeometry(away);
+    ASSERT_TRUE(rig.positionGridAutomatically());
+    ASSERT_TRUE(rig.waitForMessage());
+    EXPECT_EQ(rig.messageText(), "Grid could not be positioned automatically.");
+    EXPECT_EQ(rig.messageTitle(), "Color Calibrator");
+    rig.screenshot("wizard_message_warning");
+    rig.answerMessage();
+    EXPECT_TRUE(rig.waitForStep(1));
+    EXPECT_TRUE(rig.item("nextButton")->isEnabled());
+}
+
+// A camera set so bright that the grey patches clip: no white balance can be
+// computed from them.
+TEST(WizardFailures, FailedWhiteBalanceEndsTheToolWithTheCameraRestored)
+{
+    WizardRig rig(EmulatedPool::kMedical);
+    ASSERT_TRUE(rig.positionGridAutomatically());
+    ASSERT_EQ(rig.messageText(), "");
+    Kalto::CNodeMap& features = rig.pool().device(EmulatedPool::kMedical).nodeMap();
+    features.setEnum("ExposureAuto", "Off");
+    features.setFloat("ExposureTime", 1000000.0);
+    const QString before = rig.settingsText();
+    rig.click("nextButton");
+    ASSERT_TRUE(rig.waitForMessage());
+    EXPECT_EQ(rig.messageText(),
+              "The calibration process failed because the image is either too bright or too dark. Adjust the "
+              "brightness and try again.");
+    rig.answerMessage();
+    ASSERT_TRUE(rig.waitForWindowClosed());
+    EXPECT_EQ(rig.ended(), "cancel");
+    EXPECT_EQ(rig.settingsText().toStdString(), before.toStdString());
+}
+
+// A camera settings file chosen on step 1 that is gone when Next is pressed:
+// the wizard says so, stays on step 1 and the camera keeps its settings; the
+// file's folder is remembered for the next choice.
+TEST(WizardFailures, VanishedSettingsFileIsReportedAndChangesNothing)
+{
+    WizardRig rig(EmulatedPool::kMedical);
+    const QString before = rig.settingsText();
+    QTemporaryDir dir;
+    const QString file = dir.filePath("previous.pfs");
+    {
+        QFile out(file);
+        ASSERT_TRUE(out.open(QIODevice::WriteOnly));
+        out.write(before.toUtf8());
+    }
+    whenWindowAppears([](QWidget* w) { return qobject_cast<QFileDialog*>(w) != nullptr; },
+                      [file](QWidget* w) {
+                          w->activateWindow();
+                          QTest::qWaitForWindowActive(w);
+                          auto* name = w->findChild<QLineEdit*>("fileNameEdit");
+                          name->setFocus();
+                          QTest::keyClicks(name, file);
+                          QTest::keyClick(name, Qt::Key_Return);
+                      });
+    rig.click("loadSettingsButton");
+    ASSERT_TRUE(rig.waitFor([&] { return rig.property("previousCalibrationFile", "text") == file; }, 20000));
+    ASSERT_TRUE(QFile::remove(file));
+
+    rig.click("nextButton");
+    ASSERT_TRUE(rig.waitForMessage());
+    EXPECT_EQ(rig.messageText(), "Could not load previous settings.");
+    rig.answerMessage();
+    EXPECT_TRUE(rig.waitForStep(1));
+    EXPECT_EQ(rig.settingsText().toStdString(), before.toStdString());
+    EXPECT_TRUE(rig.waitFor(
+        [&] {
+            return QSettings().value("ColCalPlugin/Paths/PreviousCalibration/folder").toUrl() ==
+                   QUrl::fromLocalFile(dir.path());
+        },
+        5000));
+}
+
+TEST(WizardFailures, CameraUnpluggedOnStep2ShowsTheBoxAndClosesTheWindow)
+{
+    WizardRig rig(EmulatedPool::kCustom);
+    reachBrightnessStep(rig, false);
+    QString text;
+    answerMessageBox(QMessageBox::Ok, &text);
+    rig.pool().device(EmulatedPool::kCustom).disconnect();
+    ASSERT_TRUE(rig.waitForWindowClosed(60000));
+    EXPECT_EQ(text, "<p>The camera has been disconnected.<br/>Reconnect the camera to the computer and open it to "
+                    "continue using the Color Calibrator.</p>");
+}
+
+// The gauge as the camera reports the grey patch's hit rate; the flags decide
+// the warning on the way to step 3.
+TEST(BrightnessGauge, NeedleVerdictAndFlagsFollowTheHitRate)
+{
+    WizardRig rig(EmulatedPool::kMedical);
+    reachBrightnessStep(rig, false);
+    rig.click("continuousShotCheck");  // no live measurement between the reported rates
+    QTest::qWait(1500);                // but the one image the step still fetches
+    QObject* wizard = rig.view().rootObject();
+    struct Row {
+        double rate;
+        double angle;
+        const char* verdict;
+        bool dark, bright;
+    };
+    const Row rows[] = {
+        {79, -42, "Too dark", true, false},
+        {80, -40, "Too dark", false, false},  // exactly 20 away: a verdict but no flag
+        {100, 0, "Just right", false, false},
+        {160, 90, "Too bright", false, true},  // 120 degrees, clamped
+    };
+    for (const Row& r : rows) {
+        SCOPED_TRACE(r.rate);
+        QMetaObject::invokeMethod(&rig.facade(), "onGray80PercentHitRateChanged", Q_ARG(double, r.rate));
+        QCoreApplication::processEvents();
+        EXPECT_DOUBLE_EQ(rig.property("gauge", "needleAngle").toDouble(), r.angle);
+        EXPECT_TRUE(rig.item("needle")->isVisible());
+        EXPECT_EQ(rig.property("verdict", "text").toString(), r.verdict);
+        EXPECT_EQ(wizard->property("bImageToDark").toBool(), r.dark);
+        EXPECT_EQ(wizard->property("bImageToBright").toBool(), r.bright);
+    }
+
+    // The longest exposure, by keyboard: too bright, and said so on the way to step 3.
+    rig.click("exposureSlider");
+    rig.key(Qt::Key_End);
+    ASSERT_TRUE(rig.waitFor([&] { return rig.property("verdict", "text") == "Too bright"; }, 30000));
+    ASSERT_TRUE(wizard->property("bImageToBright").toBool());
+    ASSERT_TRUE(rig.next());
+    ASSERT_TRUE(rig.waitForMessage());
+    EXPECT_TRUE(rig.messageText() == kTooBright || rig.messageText() == kTooBrightFailed)
+        << rig.messageText().toStdString();
+    while (!rig.messageText().isEmpty())
+        rig.answerMessage();
+    EXPECT_FALSE(wizard->property("bImageToBright").toBool());
+}
