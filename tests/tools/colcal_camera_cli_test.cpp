@@ -56,7 +56,10 @@ TEST(ColcalCameraCli, GrabWritesADisplayFrame)
 {
     QTemporaryDir dir;
     const QString out = dir.filePath("frame.png");
-    const Result r = colcal({"grab", "--camera", "emu-custom-1", "--out", out, "--json"}, dir.path());
+    // A full-size first frame renders the whole scene; under sanitizers on a
+    // busy machine that takes longer than the default wait.
+    const Result r =
+        colcal({"grab", "--camera", "emu-custom-1", "--out", out, "--json", "--timeout-ms", "60000"}, dir.path());
     ASSERT_EQ(r.exitCode, 0) << r.err.toStdString();
     const QImage image(out);
     ASSERT_FALSE(image.isNull());
