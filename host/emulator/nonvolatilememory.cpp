@@ -1,12 +1,13 @@
 #include "nonvolatilememory.h"
 
+#include "core/savefile.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 #include <QStandardPaths>
 #include <QtDebug>
 
@@ -59,9 +60,7 @@ void NonVolatileMemory::save() const
         sets.insert(QString::fromStdString(name), QString::fromStdString(text));
     const QJsonObject root{{"startupSet", QString::fromStdString(m_startupSet)}, {"userSets", sets}};
     QDir().mkpath(QFileInfo(m_path).absolutePath());
-    QSaveFile file(m_path);
-    if (!file.open(QIODevice::WriteOnly) ||
-        file.write(QJsonDocument(root).toJson()) < 0 || !file.commit())
-        throw std::runtime_error("cannot write camera memory " + m_path.toStdString() + ": " +
-                                 file.errorString().toStdString());
+    QString error;
+    if (!Core::saveFile(m_path, QJsonDocument(root).toJson(), &error))
+        throw std::runtime_error("cannot write camera memory " + m_path.toStdString() + ": " + error.toStdString());
 }

@@ -2,12 +2,12 @@
 #include "commands.h"
 #include "emulatedcameras.h"
 
+#include "core/savefile.h"
 #include "genicam/featurepersistence.h"
 #include "genicam/nodemap.h"
 #include "kalto/idevice.h"
 
 #include <QFile>
-#include <QSaveFile>
 
 namespace {
 
@@ -17,10 +17,9 @@ constexpr qint64 kMaxSettingsBytes = 256 * 1024 * 1024;
 int save(const std::shared_ptr<Kalto::IDevice>& device, const QString& path, bool json)
 {
     const std::string text = Kalto::CFeaturePersistence::Save(device->nodeMap());
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(text.data(), static_cast<qint64>(text.size())) < 0 ||
-        !file.commit())
-        throw cli::Error(QString("cannot write %1: %2").arg(path, file.errorString()), cli::Failed);
+    QString error;
+    if (!Core::saveFile(path, QByteArray::fromStdString(text), &error))
+        throw cli::Error(QString("cannot write %1: %2").arg(path, error), cli::Failed);
     if (json)
         cli::printJson({{"file", path}, {"bytes", static_cast<qint64>(text.size())}});
     else

@@ -1,5 +1,7 @@
 #include "calibrationresult.h"
 
+#include "core/savefile.h"
+
 #include <QBuffer>
 #include <QCoreApplication>
 #include <QDateTime>
@@ -7,7 +9,6 @@
 #include <QFile>
 #include <QJsonArray>
 #include <QRegularExpression>
-#include <QSaveFile>
 
 static void initResources()
 {
@@ -246,19 +247,15 @@ bool CalibrationResult::CreateOutputFolder(QString base, QString stem, QString& 
 
 bool CalibrationResult::CreateTextFile(QString folder, QString fileName, QString& text)
 {
-    QSaveFile file(QDir(folder).filePath(fileName));
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    const QByteArray bytes = text.toUtf8();
-    return file.write(bytes) == bytes.size() && file.commit();
+    return Core::saveFile(QDir(folder).filePath(fileName), text.toUtf8());
 }
 
 bool CalibrationResult::CreateImageFile(QString folder, QString fileName, const QImage& image)
 {
     if (image.isNull())
         return false;
-    QSaveFile file(QDir(folder).filePath(fileName));
-    return file.open(QIODevice::WriteOnly) && image.save(&file, "PNG") && file.commit();
+    return Core::saveFile(QDir(folder).filePath(fileName),
+                          [&image](QIODevice& device) { return image.save(&device, "PNG"); });
 }
 
 QString CalibrationResult::GetFileContent(QString path)
