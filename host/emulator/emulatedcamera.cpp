@@ -8,6 +8,9 @@
 #include "genicam/runtimeexception.h"
 #include "kalto/grabresultdata.h"
 
+#include <QDir>
+#include <QFileInfo>
+#include <QLockFile>
 #include <QtDebug>
 
 #include <algorithm>
@@ -15,6 +18,7 @@
 #include <chrono>
 #include <cmath>
 #include <condition_variable>
+#include <memory>
 #include <cstdio>
 #include <mutex>
 #include <thread>
@@ -117,6 +121,10 @@ struct EmulatedCamera::Impl {
     bool sceneDirty = true;
     std::atomic<bool> connected{true};
     std::atomic<bool> opened{false};
+    /// Held while open: one process controls the camera at a time, as a
+    /// network camera grants its control privilege to one host.
+    std::unique_ptr<QLockFile> accessLock;
+    std::mutex accessMutex;
     std::atomic<bool> acquiring{false};
     bool stopRequested = false;
     Kalto::EAcquisitionMode mode = Kalto::EAcquisitionMode::Continuous;
@@ -415,7 +423,6 @@ void EmulatedCamera::Impl::installCallbacks()
     });
     m.addChangeCallback("UserSetDefault", guarded([this] {
         memory.setStartupSet(map.getEnum("UserSetDefault"));
-        memory.save();
     }));
 }
 
@@ -438,9 +445,8 @@ void EmulatedCamera::Impl::userSetSave()
     const std::string name = map.getEnum("UserSetSelector");
     if (name == "Default")
         KALTO_THROW_RUNTIME("UserSetSave: the Default user set is read-only");
-    memory.storeSet(name, Kalto::CFeaturePersistence::Save(map));
     try {
-        memory.save();
+        memory.storeSet(name, Kalto::CFeaturePersistence::Save(map));
     } catch (const std::exception& e) {
         KALTO_THROW_RUNTIME(std::string("UserSetSave: ") + e.what());
     }
@@ -740,6 +746,21 @@ void EmulatedCamera::open()
 {
     if (!d->connected)
         KALTO_THROW_RUNTIME("Camera " + d->model.id + " is disconnected");
+    std::lock_guard<std::mutex> lock(d->accessMutex);
+    if (!d->accessLock) {
+        const QString path = d->memory.path() + ".access.lock";
+        QDir().mkpath(QFileInfo(path).absolutePath());
+        auto access = std::make_unique<QLockFile>(path);
+        access->setStaleLockTime(0);  // held for as long as a session runs; a dead holder's lock is taken over
+        if (!access->tryLock(0)) {
+            qint64 pid = 0;
+            QString host, application;
+            access->getLockInfo(&pid, &host, &application);
+            KALTO_THROW_RUNTIME("Camera " + d->model.id + " is in use by another process (" +
+                                application.toStdString() + ", pid " + std::to_string(pid) + ")");
+        }
+        d->accessLock = std::move(access);
+    }
     d->opened = true;
 }
 
@@ -747,6 +768,8 @@ void EmulatedCamera::close()
 {
     d->stop();
     d->opened = false;
+    std::lock_guard<std::mutex> lock(d->accessMutex);
+    d->accessLock.reset();
 }
 
 bool EmulatedCamera::isOpen() const

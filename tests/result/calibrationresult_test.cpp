@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QJsonArray>
 #include <QRegularExpression>
+#include <QSet>
 #include <QTemporaryDir>
 
 #include <csignal>
@@ -222,6 +223,26 @@ TEST(CalibrationResult, SettingsFolderNameAndSeparator)
         EXPECT_TRUE(name.match(f).hasMatch()) << f.toStdString();
         EXPECT_TRUE(QFile::exists(dir.filePath("nested/" + f + "/Calibrated.pfs")));
     }
+}
+
+TEST(CalibrationResult, SavesWithinOneSecondGetFoldersOfTheirOwn)
+{
+    QTemporaryDir dir;
+    CalibrationResult r("cam");
+    for (int i = 0; i < 3; ++i) {
+        QString text = QString("Gamma\t%1\n").arg(i);
+        r.SetActualSettings(text);
+        ASSERT_TRUE(r.SaveSettingsToFilePath(dir.path())) << i;
+    }
+    const QStringList folders = subfolders(dir.path());
+    ASSERT_EQ(folders.size(), 3) << folders.join(" ").toStdString();
+    QSet<QByteArray> contents;
+    for (const QString& f : folders) {
+        QFile file(dir.filePath(f + "/Calibrated.pfs"));
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << f.toStdString();
+        contents.insert(file.readAll());
+    }
+    EXPECT_EQ(contents.size(), 3);  // nothing written over
 }
 
 TEST(CalibrationResult, ReportWritesEveryFileInOrder)

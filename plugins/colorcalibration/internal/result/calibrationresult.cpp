@@ -7,6 +7,7 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QRegularExpression>
 
@@ -16,6 +17,9 @@ static void initResources()
 }
 
 namespace {
+
+// Suffixes tried after a folder name that already exists.
+constexpr int kMaxFoldersPerSecond = 1000;
 
 // The program's list of colour-relevant features. Substring matches are
 // deliberate ("Gamma" also keeps GammaEnable); two names repeat harmlessly.
@@ -239,10 +243,20 @@ bool CalibrationResult::CreateOutputFolder(QString base, QString stem, QString& 
     if (!path.endsWith('/') && !path.endsWith(QDir::separator()))
         path += '/';
     path += QString("%1_%2_%3").arg(stem, folderSafeLabel(), stamp);
-    if (!QDir(path).mkpath("."))
+    if (!QDir().mkpath(base))
         return false;
-    folder = path;
-    return true;
+    // Two saves within one second (or two processes) each get a folder of
+    // their own: mkdir fails on an existing one, so the first free suffix wins.
+    for (int n = 1; n <= kMaxFoldersPerSecond; ++n) {
+        const QString candidate = n == 1 ? path : QString("%1_%2").arg(path).arg(n);
+        if (QDir().mkdir(candidate)) {
+            folder = candidate;
+            return true;
+        }
+        if (!QFileInfo::exists(candidate))
+            return false;  // not a name clash: the folder cannot be made at all
+    }
+    return false;
 }
 
 bool CalibrationResult::CreateTextFile(QString folder, QString fileName, QString& text)
