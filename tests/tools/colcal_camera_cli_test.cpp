@@ -10,6 +10,8 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+#include <utility>
+
 namespace {
 
 struct Result {
@@ -184,6 +186,41 @@ TEST(ColcalCameraCli, FailedWritesExitNonZeroAndKeepThePreviousFile)
     }
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList({"camera.pfs", "overlay.png"}));
     EXPECT_FALSE(QFileInfo("/dev/full").isFile());
+}
+
+TEST(ColcalCameraCli, SettingsLoadTakesAByteOrderMarkAndStdinAndRefusesHugeFiles)
+{
+    QTemporaryDir dir;
+    const QString plain = dir.filePath("plain.pfs"), marked = dir.filePath("marked.pfs"), huge = dir.filePath("huge.pfs");
+    for (const auto& [path, content] : {std::make_pair(plain, QByteArray("Gamma\t0.8\n")),
+                                        std::make_pair(marked, QByteArray("\xEF\xBB\xBFGamma\t0.8\n"))}) {
+        QFile f(path);
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write(content);
+    }
+    QFile big(huge);
+    ASSERT_TRUE(big.open(QIODevice::WriteOnly) && big.resize(300LL * 1024 * 1024));  // sparse
+    big.close();
+
+    for (const QString& path : {plain, marked}) {
+        const Result r = colcal({"settings", "load", path, "--json"}, dir.path());
+        EXPECT_EQ(r.exitCode, 0) << r.err.toStdString();
+        EXPECT_TRUE(r.out.contains("\"applied\":1,\"file\"") || r.out.contains("\"applied\":1")) << r.out.toStdString();
+        EXPECT_TRUE(r.out.contains("\"rejected\":0")) << r.out.toStdString();
+    }
+    QProcess p;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("XDG_DATA_HOME", dir.path());
+    p.setProcessEnvironment(env);
+    p.setStandardInputFile(marked);
+    p.start(COLCAL_BINARY, {"settings", "load", "-", "--json"});
+    ASSERT_TRUE(p.waitForFinished(60000));
+    EXPECT_EQ(p.exitCode(), 0);
+    EXPECT_TRUE(QString::fromUtf8(p.readAllStandardOutput()).contains("\"rejected\":0"));
+
+    const Result r = colcal({"settings", "load", huge}, dir.path());
+    EXPECT_EQ(r.exitCode, 2);
+    EXPECT_TRUE(r.err.contains("huge.pfs: larger than")) << r.err.toStdString();
 }
 
 }  // namespace
