@@ -58,10 +58,11 @@ std::string lutToText(const std::vector<uint16_t>& lut)
     return s;
 }
 
-bool lutFromText(const std::string& s, std::vector<uint16_t>& lut)
+// Empty when `s` is a whole table; otherwise what is wrong with it.
+std::string lutFromText(const std::string& s, std::vector<uint16_t>& lut)
 {
     if (s.size() != 4096 * 3)
-        return false;
+        return std::to_string(s.size()) + " characters where 4096 values of three hex digits take 12288";
     std::vector<uint16_t> out(4096);
     for (size_t i = 0; i < 4096; ++i) {
         int v = 0;
@@ -71,15 +72,13 @@ bool lutFromText(const std::string& s, std::vector<uint16_t>& lut)
             if (c >= '0' && c <= '9') d = c - '0';
             else if (c >= 'A' && c <= 'F') d = c - 'A' + 10;
             else if (c >= 'a' && c <= 'f') d = c - 'a' + 10;
-            else return false;
+            else return "value " + std::to_string(i) + " is not three hex digits";
             v = v * 16 + d;
         }
-        if (v > 4095)
-            return false;
         out[i] = static_cast<uint16_t>(v);
     }
     lut.swap(out);
-    return true;
+    return {};
 }
 
 std::vector<uint16_t> factoryLut()
@@ -386,8 +385,11 @@ void EmulatedCamera::Impl::installCallbacks()
         map.storeString("LUTValueAll", lutToText(lut));
     }));
     m.addChangeCallback("LUTValueAll", guarded([this] {
-        if (!lutFromText(map.getString("LUTValueAll"), lut))
-            map.storeString("LUTValueAll", lutToText(lut));  // the camera keeps its table
+        const std::string wrong = lutFromText(map.getString("LUTValueAll"), lut);
+        if (!wrong.empty()) {
+            map.storeString("LUTValueAll", lutToText(lut));  // the camera keeps its table and says so
+            KALTO_THROW_RUNTIME("LUTValueAll rejected: " + wrong);
+        }
         map.storeInteger("LUTValue", lut[static_cast<size_t>(map.getInteger("LUTIndex"))]);
     }));
     if (!sfnc2()) {

@@ -525,6 +525,31 @@ TEST_F(EmulatedCameraTest, OneHolderOpensTheCameraAtATime)
     EXPECT_TRUE(second.isOpen());
 }
 
+TEST_F(EmulatedCameraTest, LutTableThatDoesNotParseIsRejectedNotCountedAsApplied)
+{
+    EmulatedCamera cam(modelNamed("emu-cmed-0"));
+    auto& m = cam.nodeMap();
+    const std::string table = m.getString("LUTValueAll");
+    std::string badDigit = table;
+    badDigit.replace(3 * 17, 3, "ZZZ");
+    struct Case {
+        const char* what;
+        std::string value;
+        const char* reason;
+    };
+    const Case cases[] = {
+        {"wrong length", "ZZZZ", "4 characters where"},
+        {"bad digit", badDigit, "value 17 is not three hex digits"},
+    };
+    for (const Case& c : cases) {
+        const Kalto::SLoadReport r = Kalto::CFeaturePersistence::Load(m, "LUTValueAll\t" + c.value + "\n");
+        EXPECT_EQ(r.appliedLines, 0u) << c.what;
+        ASSERT_EQ(r.rejected.size(), 1u) << c.what;
+        EXPECT_NE(r.rejected[0].reason.find(c.reason), std::string::npos) << r.rejected[0].reason;
+        EXPECT_EQ(m.getString("LUTValueAll"), table) << c.what;  // the camera keeps its table
+    }
+}
+
 TEST_F(EmulatedCameraTest, UserSetsSurviveARestart)
 {
     {
