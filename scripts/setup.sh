@@ -17,6 +17,8 @@ packages=(
   fonts-noto-cjk
   # GUI tests in a real X server.
   xvfb xauth
+  # The libFuzzer targets: clang and its fuzzer runtime.
+  clang libclang-rt-14-dev
 )
 
 # Only for scripts/bench.sh: the peer chart detector the finder's speed is
