@@ -319,6 +319,13 @@ void ColorCorrectionModelImpl::initializeNodemapConnections()
 
 void ColorCorrectionModelImpl::onConnectionLost()
 {
+    // The connection outlives the session (it is made once per camera object),
+    // so a camera that is no longer open here is none of this session's business.
+    // Open and Close, which change the camera, run on this object's thread as
+    // this slot does; no lock, so a long operation elsewhere cannot hold up the news.
+    const auto* lost = qobject_cast<Plugin::CameraPool::ICamera*>(sender());
+    if (!m_poolCamera || (lost && lost != m_poolCamera.data()))
+        return;
     m_connectionLost = true;
     emit cameraRemoved();
 }
