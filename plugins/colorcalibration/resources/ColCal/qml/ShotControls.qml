@@ -1,10 +1,10 @@
 import QtQuick 2.15
 import QtQuick.Controls 2.15
-import QtQuick.Layouts 1.15
 import "."
 
-// Continuous live image or one image on demand.
-RowLayout {
+// Continuous live image or one image on demand. A Flow, so that longer
+// translations put the button under the check box instead of past the panel.
+Flow {
     property Item wizard
     spacing: Theme.spacing
     CheckBox {
