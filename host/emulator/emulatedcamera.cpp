@@ -8,6 +8,9 @@
 #include "genicam/runtimeexception.h"
 #include "kalto/grabresultdata.h"
 
+#include <QDir>
+#include <QFileInfo>
+#include <QLockFile>
 #include <QtDebug>
 
 #include <algorithm>
@@ -15,6 +18,7 @@
 #include <chrono>
 #include <cmath>
 #include <condition_variable>
+#include <memory>
 #include <cstdio>
 #include <mutex>
 #include <thread>
@@ -54,10 +58,11 @@ std::string lutToText(const std::vector<uint16_t>& lut)
     return s;
 }
 
-bool lutFromText(const std::string& s, std::vector<uint16_t>& lut)
+// Empty when `s` is a whole table; otherwise what is wrong with it.
+std::string lutFromText(const std::string& s, std::vector<uint16_t>& lut)
 {
     if (s.size() != 4096 * 3)
-        return false;
+        return std::to_string(s.size()) + " characters where 4096 values of three hex digits take 12288";
     std::vector<uint16_t> out(4096);
     for (size_t i = 0; i < 4096; ++i) {
         int v = 0;
@@ -67,15 +72,13 @@ bool lutFromText(const std::string& s, std::vector<uint16_t>& lut)
             if (c >= '0' && c <= '9') d = c - '0';
             else if (c >= 'A' && c <= 'F') d = c - 'A' + 10;
             else if (c >= 'a' && c <= 'f') d = c - 'a' + 10;
-            else return false;
+            else return "value " + std::to_string(i) + " is not three hex digits";
             v = v * 16 + d;
         }
-        if (v > 4095)
-            return false;
         out[i] = static_cast<uint16_t>(v);
     }
     lut.swap(out);
-    return true;
+    return {};
 }
 
 std::vector<uint16_t> factoryLut()
@@ -117,6 +120,10 @@ struct EmulatedCamera::Impl {
     bool sceneDirty = true;
     std::atomic<bool> connected{true};
     std::atomic<bool> opened{false};
+    /// Held while open: one process controls the camera at a time, as a
+    /// network camera grants its control privilege to one host.
+    std::unique_ptr<QLockFile> accessLock;
+    std::mutex accessMutex;
     std::atomic<bool> acquiring{false};
     bool stopRequested = false;
     Kalto::EAcquisitionMode mode = Kalto::EAcquisitionMode::Continuous;
@@ -378,8 +385,11 @@ void EmulatedCamera::Impl::installCallbacks()
         map.storeString("LUTValueAll", lutToText(lut));
     }));
     m.addChangeCallback("LUTValueAll", guarded([this] {
-        if (!lutFromText(map.getString("LUTValueAll"), lut))
-            map.storeString("LUTValueAll", lutToText(lut));  // the camera keeps its table
+        const std::string wrong = lutFromText(map.getString("LUTValueAll"), lut);
+        if (!wrong.empty()) {
+            map.storeString("LUTValueAll", lutToText(lut));  // the camera keeps its table and says so
+            KALTO_THROW_RUNTIME("LUTValueAll rejected: " + wrong);
+        }
         map.storeInteger("LUTValue", lut[static_cast<size_t>(map.getInteger("LUTIndex"))]);
     }));
     if (!sfnc2()) {
@@ -415,7 +425,6 @@ void EmulatedCamera::Impl::installCallbacks()
     });
     m.addChangeCallback("UserSetDefault", guarded([this] {
         memory.setStartupSet(map.getEnum("UserSetDefault"));
-        memory.save();
     }));
 }
 
@@ -438,9 +447,8 @@ void EmulatedCamera::Impl::userSetSave()
     const std::string name = map.getEnum("UserSetSelector");
     if (name == "Default")
         KALTO_THROW_RUNTIME("UserSetSave: the Default user set is read-only");
-    memory.storeSet(name, Kalto::CFeaturePersistence::Save(map));
     try {
-        memory.save();
+        memory.storeSet(name, Kalto::CFeaturePersistence::Save(map));
     } catch (const std::exception& e) {
         KALTO_THROW_RUNTIME(std::string("UserSetSave: ") + e.what());
     }
@@ -740,6 +748,21 @@ void EmulatedCamera::open()
 {
     if (!d->connected)
         KALTO_THROW_RUNTIME("Camera " + d->model.id + " is disconnected");
+    std::lock_guard<std::mutex> lock(d->accessMutex);
+    if (!d->accessLock) {
+        const QString path = d->memory.path() + ".access.lock";
+        QDir().mkpath(QFileInfo(path).absolutePath());
+        auto access = std::make_unique<QLockFile>(path);
+        access->setStaleLockTime(0);  // held for as long as a session runs; a dead holder's lock is taken over
+        if (!access->tryLock(0)) {
+            qint64 pid = 0;
+            QString host, application;
+            access->getLockInfo(&pid, &host, &application);
+            KALTO_THROW_RUNTIME("Camera " + d->model.id + " is in use by another process (" +
+                                application.toStdString() + ", pid " + std::to_string(pid) + ")");
+        }
+        d->accessLock = std::move(access);
+    }
     d->opened = true;
 }
 
@@ -747,6 +770,8 @@ void EmulatedCamera::close()
 {
     d->stop();
     d->opened = false;
+    std::lock_guard<std::mutex> lock(d->accessMutex);
+    d->accessLock.reset();
 }
 
 bool EmulatedCamera::isOpen() const

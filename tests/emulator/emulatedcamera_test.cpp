@@ -22,6 +22,8 @@
 #include <condition_variable>
 #include <mutex>
 #include <thread>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -430,6 +432,122 @@ TEST_F(EmulatedCameraTest, AutoExposureAndWhiteBalanceConverge)
     EXPECT_NEAR(mean, m.getFloat("AutoTargetBrightness"), 0.06);
     m.setEnum("BalanceRatioSelector", "Blue");
     EXPECT_GT(m.getFloat("BalanceRatio"), 1.05);  // the warm scene light needed more blue
+}
+
+// Two camera objects of one model stand for two processes powering the camera up.
+TEST_F(EmulatedCameraTest, TwoProcessesStoringUserSetsKeepEachOthersSets)
+{
+    EmulatedCamera first(modelNamed("emu-cmed-0"));
+    EmulatedCamera second(modelNamed("emu-cmed-0"));  // its start-up copy has no set yet
+    for (auto [camera, set, gamma] : {std::make_tuple(&first, "UserSet1", 0.6), std::make_tuple(&second, "UserSet2", 0.8)}) {
+        camera->nodeMap().setFloat("Gamma", gamma);
+        camera->nodeMap().setEnum("UserSetSelector", set);
+        camera->nodeMap().execute("UserSetSave");
+    }
+    second.nodeMap().setEnum("UserSetDefault", "UserSet2");
+    EmulatedCamera later(modelNamed("emu-cmed-0"));
+    auto& m = later.nodeMap();
+    EXPECT_EQ(m.getEnum("UserSetDefault"), "UserSet2");
+    for (auto [set, gamma] : {std::make_pair("UserSet1", 0.6), std::make_pair("UserSet2", 0.8)}) {
+        m.setEnum("UserSetSelector", set);
+        m.execute("UserSetLoad");
+        EXPECT_DOUBLE_EQ(m.getFloat("Gamma"), gamma) << set;
+    }
+}
+
+TEST_F(EmulatedCameraTest, DamagedMemoryIsReadFromItsBackupAndNeverOverwrittenSilently)
+{
+    QString path;
+    {
+        EmulatedCamera cam(modelNamed("emu-cmed-0"));
+        path = cam.memoryPath();
+        for (auto [set, gamma] : {std::make_pair("UserSet1", 0.6), std::make_pair("UserSet2", 0.8)}) {
+            cam.nodeMap().setFloat("Gamma", gamma);
+            cam.nodeMap().setEnum("UserSetSelector", set);
+            cam.nodeMap().execute("UserSetSave");
+        }
+    }
+    auto damage = [&] {
+        QFile f(path);
+        ASSERT_TRUE(f.open(QIODevice::ReadWrite));
+        f.seek(0);
+        f.write("x");  // one byte
+    };
+    auto gammaOf = [](EmulatedCamera& cam, const char* set) {
+        cam.nodeMap().setEnum("UserSetSelector", set);
+        cam.nodeMap().execute("UserSetLoad");
+        return cam.nodeMap().getFloat("Gamma");
+    };
+    damage();
+    {
+        // The backup holds the memory before the last store: UserSet1 only.
+        EmulatedCamera cam(modelNamed("emu-cmed-0"));
+        EXPECT_DOUBLE_EQ(gammaOf(cam, "UserSet1"), 0.6);
+        cam.nodeMap().setFloat("Gamma", 0.9);
+        cam.nodeMap().setEnum("UserSetSelector", "UserSet3");
+        cam.nodeMap().execute("UserSetSave");  // the damaged file is kept aside, not lost
+        EXPECT_TRUE(QFile::exists(path + ".damaged"));
+    }
+    {
+        EmulatedCamera cam(modelNamed("emu-cmed-0"));
+        EXPECT_DOUBLE_EQ(gammaOf(cam, "UserSet1"), 0.6);
+        EXPECT_DOUBLE_EQ(gammaOf(cam, "UserSet3"), 0.9);
+    }
+    // Damaged with no good backup: a store is refused and the file left as it is.
+    damage();
+    ASSERT_TRUE(QFile::remove(path + ".bak"));
+    QFile f(path);
+    ASSERT_TRUE(f.open(QIODevice::ReadOnly));
+    const QByteArray damaged = f.readAll();
+    f.close();
+    EmulatedCamera cam(modelNamed("emu-cmed-0"));
+    cam.nodeMap().setEnum("UserSetSelector", "UserSet2");
+    EXPECT_THROW(cam.nodeMap().execute("UserSetSave"), GenICam_3_1_Ostrel_kalto::RuntimeException);
+    ASSERT_TRUE(f.open(QIODevice::ReadOnly));
+    EXPECT_EQ(f.readAll(), damaged);
+}
+
+TEST_F(EmulatedCameraTest, OneHolderOpensTheCameraAtATime)
+{
+    EmulatedCamera first(modelNamed("emu-cmed-0"));
+    EmulatedCamera second(modelNamed("emu-cmed-0"));
+    first.open();
+    first.open();  // again by the same holder: fine
+    try {
+        second.open();
+        ADD_FAILURE() << "a second holder opened the camera";
+    } catch (const GenICam_3_1_Ostrel_kalto::RuntimeException& e) {
+        EXPECT_NE(std::string(e.what()).find("in use by another process"), std::string::npos) << e.what();
+    }
+    EXPECT_FALSE(second.isOpen());
+    first.close();
+    EXPECT_NO_THROW(second.open());
+    EXPECT_TRUE(second.isOpen());
+}
+
+TEST_F(EmulatedCameraTest, LutTableThatDoesNotParseIsRejectedNotCountedAsApplied)
+{
+    EmulatedCamera cam(modelNamed("emu-cmed-0"));
+    auto& m = cam.nodeMap();
+    const std::string table = m.getString("LUTValueAll");
+    std::string badDigit = table;
+    badDigit.replace(3 * 17, 3, "ZZZ");
+    struct Case {
+        const char* what;
+        std::string value;
+        const char* reason;
+    };
+    const Case cases[] = {
+        {"wrong length", "ZZZZ", "4 characters where"},
+        {"bad digit", badDigit, "value 17 is not three hex digits"},
+    };
+    for (const Case& c : cases) {
+        const Kalto::SLoadReport r = Kalto::CFeaturePersistence::Load(m, "LUTValueAll\t" + c.value + "\n");
+        EXPECT_EQ(r.appliedLines, 0u) << c.what;
+        ASSERT_EQ(r.rejected.size(), 1u) << c.what;
+        EXPECT_NE(r.rejected[0].reason.find(c.reason), std::string::npos) << r.rejected[0].reason;
+        EXPECT_EQ(m.getString("LUTValueAll"), table) << c.what;  // the camera keeps its table
+    }
 }
 
 TEST_F(EmulatedCameraTest, UserSetsSurviveARestart)

@@ -110,7 +110,7 @@ TEST_P(AutoBrightnessTest, NeverRunsOnAfterStop)
     const int writesBefore = session->exposureWrites();
     justify->startAutoBrightness(session.get());
     ASSERT_TRUE(waitUntil([&] { return session->exposureWrites() > writesBefore; }, 10000));
-    justify->stopAutoBrightness();
+    ASSERT_TRUE(justify->stopAutoBrightness(10000));
     const int exposureWrites = session->exposureWrites();
     const int gainWrites = session->gainWrites();
     const int measurements = session->measurements();

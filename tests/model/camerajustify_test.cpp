@@ -138,6 +138,22 @@ TEST_P(CameraJustifyTest, SettingsTextThatDoesNotFitIsReported)
                  GenICam_3_1_Ostrel_kalto::RuntimeException);
 }
 
+TEST_P(CameraJustifyTest, SettingsTextIsAppliedLineByLineAroundRejectedLines)
+{
+    // A file from a camera with other features and limits: what fits is applied,
+    // each misfit is named with its line; a text of which nothing fits is refused.
+    const QString text = QStringLiteral("# from another camera\nNoSuchFeature\t1\nGamma\t0.7\nGamma\t99\n");
+    QStringList rejected;
+    ASSERT_NO_THROW(rejected = justify->loadNodemapSettings(text));
+    ASSERT_EQ(rejected.size(), 2) << rejected.join(" | ").toStdString();
+    EXPECT_TRUE(rejected[0].startsWith("line 2: NoSuchFeature: unknown feature")) << rejected[0].toStdString();
+    EXPECT_TRUE(rejected[1].startsWith("line 4: Gamma: ")) << rejected[1].toStdString();
+    EXPECT_DOUBLE_EQ(map().getFloat("Gamma"), 0.7);
+    for (const char* junk : {"\x89PNG\r\n\x1a\n", "NoSuchFeature\t1\nNorThis\t2\n"})
+        EXPECT_THROW(justify->loadNodemapSettings(QString::fromLatin1(junk)), GenICam_3_1_Ostrel_kalto::RuntimeException)
+            << junk;
+}
+
 TEST_P(CameraJustifyTest, MissingHsbcFeaturesAreSkipped)
 {
     for (const char* f : {"OstHue", "OstSaturation", "OstBrightness", "OstContrast"})

@@ -11,9 +11,11 @@
 #include <QElapsedTimer>
 #include <QSignalSpy>
 #include <QTest>
+#include <QThread>
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <thread>
 
 namespace {
@@ -186,6 +188,34 @@ TEST_P(ConvertingImageCameraTest, DetachedWrapperConvertsNothing)
     QTest::qWait(300);
     camera->stopGrabbing();
     EXPECT_EQ(grabbed.count(), 0);
+}
+
+TEST_P(ConvertingImageCameraTest, ReceiverOfANewImageMayWaitForADetachingThread)
+{
+    // A receiver on the delivery thread that waits for the thread detaching
+    // the camera: with the delivery lock still held, the two would wait on
+    // each other until the receiver gave up.
+    std::atomic<bool> entered{false}, detached{false}, sawDetach{false}, left{false};
+    QObject::connect(
+        &wrapper, &ConvertingImageCamera::imageGrabbed, &wrapper,
+        [&] {
+            if (entered.exchange(true))
+                return;
+            QElapsedTimer waited;
+            waited.start();
+            while (!detached && waited.elapsed() < 3000)
+                QThread::msleep(5);
+            sawDetach = detached.load();
+            left = true;
+        },
+        Qt::DirectConnection);
+    rig->camera()->startGrabbing();
+    ASSERT_TRUE(waitUntil([&] { return entered.load(); }, 3000));
+    const auto camera = wrapper.detachCamera();
+    detached = true;
+    EXPECT_TRUE(waitUntil([&] { return left.load(); }, 5000));
+    camera->stopGrabbing();
+    EXPECT_TRUE(sawDetach);
 }
 
 INSTANTIATE_TEST_SUITE_P(EmulatedCameras, ConvertingImageCameraTest,

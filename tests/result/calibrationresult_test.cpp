@@ -6,7 +6,12 @@
 #include <QFile>
 #include <QJsonArray>
 #include <QRegularExpression>
+#include <QSet>
 #include <QTemporaryDir>
+
+#include <csignal>
+
+#include <sys/resource.h>
 
 namespace {
 
@@ -67,6 +72,66 @@ QImage testImage()
 QStringList subfolders(const QString& base)
 {
     return QDir(base).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+}
+
+// Files may grow to `bytes` only while this lives, as on a disk that fills
+// up: a write beyond fails (EFBIG) instead of raising SIGXFSZ.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes)
+    {
+        getrlimit(RLIMIT_FSIZE, &m_previous);
+        m_previousHandler = std::signal(SIGXFSZ, SIG_IGN);
+        rlimit limit = m_previous;
+        limit.rlim_cur = bytes;
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit()
+    {
+        setrlimit(RLIMIT_FSIZE, &m_previous);
+        std::signal(SIGXFSZ, m_previousHandler);
+    }
+
+private:
+    rlimit m_previous{};
+    void (*m_previousHandler)(int) = nullptr;
+};
+
+class FileWriter : public CalibrationResult {
+public:
+    FileWriter() : CalibrationResult("cam") {}
+    using CalibrationResult::CreateTextFile;
+};
+
+QByteArray contentOf(const QString& path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+TEST(CalibrationResult, WriteThatRunsOutOfSpaceFailsAndKeepsThePreviousFile)
+{
+    QTemporaryDir dir;
+    FileWriter writer;
+    QString previous = "previous\n";
+    ASSERT_TRUE(writer.CreateTextFile(dir.path(), "calibrated.pfs", previous));
+
+    // 10000 bytes stay in the file's buffer until the final flush; 100000 go
+    // out in the write call itself.
+    for (const int size : {10000, 100000}) {
+        QString text(size, 'x');
+        bool written = true;
+        {
+            FileSizeLimit limit(8192);
+            written = writer.CreateTextFile(dir.path(), "calibrated.pfs", text);
+        }
+        EXPECT_FALSE(written) << size;
+        EXPECT_EQ(contentOf(dir.filePath("calibrated.pfs")), QByteArray("previous\n")) << size;
+    }
+    // Nothing half-written is left beside them.
+    // (A PNG that runs out of space is tried through colcal: Qt's encoder
+    // leaks its row buffer when a write fails.)
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList({"calibrated.pfs"}));
 }
 
 TEST(CalibrationResult, FilterKeepsColourFeaturesAndComments)
@@ -158,6 +223,26 @@ TEST(CalibrationResult, SettingsFolderNameAndSeparator)
         EXPECT_TRUE(name.match(f).hasMatch()) << f.toStdString();
         EXPECT_TRUE(QFile::exists(dir.filePath("nested/" + f + "/Calibrated.pfs")));
     }
+}
+
+TEST(CalibrationResult, SavesWithinOneSecondGetFoldersOfTheirOwn)
+{
+    QTemporaryDir dir;
+    CalibrationResult r("cam");
+    for (int i = 0; i < 3; ++i) {
+        QString text = QString("Gamma\t%1\n").arg(i);
+        r.SetActualSettings(text);
+        ASSERT_TRUE(r.SaveSettingsToFilePath(dir.path())) << i;
+    }
+    const QStringList folders = subfolders(dir.path());
+    ASSERT_EQ(folders.size(), 3) << folders.join(" ").toStdString();
+    QSet<QByteArray> contents;
+    for (const QString& f : folders) {
+        QFile file(dir.filePath(f + "/Calibrated.pfs"));
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << f.toStdString();
+        contents.insert(file.readAll());
+    }
+    EXPECT_EQ(contents.size(), 3);  // nothing written over
 }
 
 TEST(CalibrationResult, ReportWritesEveryFileInOrder)

@@ -48,6 +48,46 @@ std::vector<std::string> lines(const std::string& text)
     return out;
 }
 
+TEST(FeaturePersistence, CutTextIsReportedAndTheLineCutThroughIsNotApplied)
+{
+    CNodeMap source;
+    buildCamera(source);
+    source.setFloat("Gain", 12.5);
+    const std::string whole = CFeaturePersistence::Save(source);
+    const size_t gain = whole.find("Gain\t12.5\n");
+    ASSERT_NE(gain, std::string::npos);
+    std::string legacy = whole;  // as texts were written before they declared their length
+    legacy.erase(legacy.find("# Lines\t"), legacy.find('\n', legacy.find("# Lines\t")) + 1 - legacy.find("# Lines\t"));
+    legacy.erase(legacy.rfind("# End\n"));
+    struct Case {
+        const char* what;
+        std::string text;
+        double gain;          // what the loaded map holds afterwards
+        bool cutLine;         // the line cut through is rejected
+        bool truncated;
+    };
+    const Case cases[] = {
+        {"whole", whole, 12.5, false, false},
+        {"cut inside a value", whole.substr(0, gain + 7), 0.0, true, true},  // "Gain\t12" must not read as 12
+        {"cut before the end marker", whole.substr(0, whole.rfind("# End")), 12.5, false, true},
+        {"legacy text", legacy, 12.5, false, false},
+    };
+    for (const Case& c : cases) {
+        CNodeMap map;
+        buildCamera(map);
+        const SLoadReport r = CFeaturePersistence::Load(map, c.text);
+        EXPECT_DOUBLE_EQ(map.getFloat("Gain"), c.gain) << c.what;
+        bool cut = false, truncated = false;
+        for (const auto& line : r.rejected) {
+            cut = cut || (line.feature == "Gain" && line.reason.find("cut off") != std::string::npos);
+            truncated = truncated || line.reason.find("truncated") != std::string::npos;
+        }
+        EXPECT_EQ(cut, c.cutLine) << c.what;
+        EXPECT_EQ(truncated, c.truncated) << c.what;
+        EXPECT_EQ(r.ok(), !c.truncated) << c.what;
+    }
+}
+
 TEST(FeaturePersistence, WritesSelectorBlocksInOrder)
 {
     CNodeMap map;
@@ -59,7 +99,9 @@ TEST(FeaturePersistence, WritesSelectorBlocksInOrder)
     ASSERT_GT(l.size(), 3u);
     EXPECT_EQ(l[0][0], '#');
     EXPECT_EQ(l[1][0], '#');
-    const std::vector<std::string> body(l.begin() + 2, l.end());
+    EXPECT_EQ(l[2], "# Lines\t" + std::to_string(l.size()));  // the count includes header and end marker
+    EXPECT_EQ(l.back(), "# End");
+    const std::vector<std::string> body(l.begin() + 3, l.end() - 1);
     const std::vector<std::string> expected{
         "PixelFormat\tBayerRG12",
         "Width\t1920",
@@ -82,8 +124,8 @@ TEST(FeaturePersistence, WritesSelectorBlocksInOrder)
         "DeviceUserID\tbench \\x231\\tleft",
     };
     EXPECT_EQ(body, expected);
-    // Only header lines carry a '#', as consumers of the text rely on.
-    for (size_t i = 2; i < l.size(); ++i)
+    // Only the header and the end marker carry a '#', as consumers of the text rely on.
+    for (size_t i = 3; i + 1 < l.size(); ++i)
         EXPECT_EQ(l[i].find('#'), std::string::npos) << l[i];
 }
 

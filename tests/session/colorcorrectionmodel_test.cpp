@@ -25,9 +25,16 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QThread>
+#include <QTimer>
 
+#include <atomic>
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
 #include <memory>
+#include <thread>
+#include <tuple>
 
 namespace {
 
@@ -380,5 +387,218 @@ TEST(Session, ColourConversionsRoundTrip)
     EXPECT_EQ(ColorCorrectionModelImpl::createRgbFQString(Qt::white), "R: 1.0000 G: 1.0000 B: 1.0000");
     EXPECT_NEAR(ColorCorrectionModelImpl::convertQColorsToMatrix(colours, false)(23, 0), 255.0, 1e-9);
 }
+
+// Processes events until `done` holds or `timeoutMs` passed; returns `done()`.
+template <class F>
+bool waitUntil(F done, int timeoutMs)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (!done() && timer.elapsed() < timeoutMs)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    return done();
+}
+
+/// Open, first grab behind us (its wait is the short one), grid on the chart,
+/// backup taken and the camera neutralised. Returns the settings text of the
+/// opened camera, which a cancel must bring back.
+QString openAndNeutralise(SessionRig& rig)
+{
+    ColorCorrectionModel& m = rig.model;
+    if (!m.Open(rig.info))
+        return {};
+    QImage live;
+    for (int i = 0; i < 3 && !m.GrabImage(live, true); ++i) {
+    }
+    m.SetGridPositon(rig.grid());
+    const QString opened = rig.settingsText();
+    if (!m.CreateSettingsBackup(false) || !m.SetNeutralSettings())
+        return {};
+    return opened;
+}
+
+TEST(Session, SecondAutoWhileTheFirstStillRunsReplacesItWithoutDeadlock)
+{
+    SessionRig rig("emu-cmed-0");
+    ColorCorrectionModel& m = rig.model;
+    ASSERT_FALSE(openAndNeutralise(rig).isEmpty());
+    rig.device->nodeMap().setFloat("ExposureTime", 400.0);  // far too dark: every loop runs many rounds
+    rig.device->setExtraFrameDelayMs(100);                  // the loop spends most of a round measuring
+    QSignalSpy finished(&m, &ColorCorrectionModel::AutoAdjustGray80PercentPatchFinished);
+    ASSERT_TRUE(m.AutoAdjustGray80PercentPatch());
+    // Each new start lands somewhere in the running loop's round: while it waits
+    // for a frame under the session lock, or between its calls.
+    std::atomic<int> started{0};
+    std::atomic<bool> done{false};
+    std::thread user([&] {
+        for (int i = 0; i < 10; ++i) {
+            QThread::msleep(150 + 37 * i);
+            started += m.AutoAdjustGray80PercentPatch() ? 1 : 0;
+        }
+        done = true;
+    });
+    if (!waitUntil([&] { return done.load(); }, 120000)) {
+        std::fprintf(stderr, "A second automatic brightness deadlocked the session.\n");
+        std::_Exit(1);  // the stuck threads cannot be joined
+    }
+    user.join();
+    EXPECT_EQ(started.load(), 10);
+    rig.device->setExtraFrameDelayMs(0);
+    // Every replaced loop and the last one report their end.
+    EXPECT_TRUE(waitUntil([&] { return finished.count() >= 11; }, 60000)) << finished.count();
+    EXPECT_TRUE(m.Close());
+}
+
+TEST(Session, SettingsTextIsAppliedLineByLineWithAWarningPerRejectedLine)
+{
+    SessionRig rig("emu-cmed-0");
+    ColorCorrectionModel& m = rig.model;
+    ASSERT_TRUE(m.Open(rig.info));
+    g_log.clear();
+    auto previous = qInstallMessageHandler(captureLog);
+    const bool mixed = m.LoadSettings(QString("BlackLevel\t3\nNoSuchFeature\t1\nGamma\t99\nGamma\t0.8\n"));
+    const QStringList warnings = g_log;
+    g_log.clear();
+    const bool junk = m.LoadSettings(QString("\x89PNG\r\n"));
+    const QStringList junkWarnings = g_log;
+    qInstallMessageHandler(previous);
+
+    EXPECT_TRUE(mixed);
+    EXPECT_DOUBLE_EQ(rig.device->nodeMap().getFloat("BlackLevel"), 3.0);
+    EXPECT_DOUBLE_EQ(rig.device->nodeMap().getFloat("Gamma"), 0.8);
+    ASSERT_EQ(warnings.size(), 2) << warnings.join(" | ").toStdString();
+    EXPECT_TRUE(warnings[0].endsWith(";LoadSettings: line 2: NoSuchFeature: unknown feature")) << warnings[0].toStdString();
+    EXPECT_TRUE(warnings[1].contains(";LoadSettings: line 3: Gamma: ")) << warnings[1].toStdString();
+    // Nothing of it fits: the step fails with the session's text and the reason.
+    EXPECT_FALSE(junk);
+    ASSERT_EQ(junkWarnings.size(), 2) << junkWarnings.join(" | ").toStdString();
+    EXPECT_TRUE(junkWarnings[0].endsWith(";Error: Load settings to camera failed."));
+    EXPECT_TRUE(junkWarnings[1].contains("line 1")) << junkWarnings[1].toStdString();
+    m.Close();
+}
+
+TEST(Session, CloseForgetsPatchColoursAndImages)
+{
+    SessionRig rig("emu-cmed-0");
+    ColorCorrectionModel& m = rig.model;
+    ASSERT_FALSE(openAndNeutralise(rig).isEmpty());
+    ASSERT_TRUE(m.ApplyInitialCameraImageAndPatchValues());
+    QVector<QColor> values;
+    ASSERT_EQ(m.GetColorPatchValues(values, true), 24);
+    ASSERT_TRUE(m.RestoreSettingsBackup(false));
+    const CTrapezoid grid = m.GetGridPosition();
+    ASSERT_TRUE(m.Close());
+
+    QVector<QColor> initial, current, patches;
+    QImage image;
+    m.GetColorPatchInitialValues(initial);
+    m.GetColorPatchCurrentValues(current);
+    EXPECT_EQ(m.GetColorPatchValues(patches, false), 0);
+    EXPECT_TRUE(initial.isEmpty());
+    EXPECT_TRUE(current.isEmpty());
+    EXPECT_FALSE(m.GetCameraInitialImage(image));
+    EXPECT_TRUE(image.isNull());
+    EXPECT_FALSE(m.RestoreDetectedExposureAndGain());
+    EXPECT_EQ(m.GetGridPosition().getTopLeft(), grid.getTopLeft());  // the grid is kept for the next open
+}
+
+TEST(Session, ConnectionLossIsHeardOnceForTheCameraObjectsLifetime)
+{
+    SessionRig rig("emu-cmed-0");
+    ColorCorrectionModel& m = rig.model;
+    QSignalSpy removed(&m, &ColorCorrectionModel::cameraRemoved);
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_TRUE(m.Open(rig.info));
+        ASSERT_TRUE(m.Close());
+    }
+    rig.device->disconnect();
+    EXPECT_TRUE(waitUntil([&] { return removed.count() > 0; }, 2000));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(removed.count(), 1);
+}
+
+TEST(Session, UserSetIsSavedAndMadeTheStartUpSetOnlyWhenAsked)
+{
+    SessionRig rig("emu-cmed-0");
+    ColorCorrectionModel& m = rig.model;
+    Kalto::CNodeMap& map = rig.device->nodeMap();
+    ASSERT_TRUE(m.Open(rig.info));
+    for (const bool setAsDefault : {false, true}) {
+        const double gamma = setAsDefault ? 0.6 : 0.8;
+        map.setFloat("Gamma", gamma);
+        const std::string defaultBefore = map.getEnum("UserSetDefault");
+        ASSERT_TRUE(m.StoreSettingsInUserSet("UserSet2", setAsDefault));
+        EXPECT_EQ(map.getEnum("UserSetDefault"), setAsDefault ? "UserSet2" : defaultBefore);
+        map.setFloat("Gamma", 1.0);
+        map.setEnum("UserSetSelector", "UserSet2");
+        map.execute("UserSetLoad");
+        EXPECT_DOUBLE_EQ(map.getFloat("Gamma"), gamma) << "setAsDefault " << setAsDefault;
+    }
+    m.Close();
+}
+
+// Cancel and Close pressed while an operation waits for a frame: the grab's
+// local event loop delivers them on the same thread, inside the operation.
+enum class Interruption { Cancel, Close };
+
+struct LongOperation {
+    const char* name;
+    std::function<void(ColorCorrectionModel&)> run;
+};
+
+const LongOperation kLongOperations[] = {
+    {"GrabImage", [](ColorCorrectionModel& m) { QImage image; m.GrabImage(image, true); }},
+    {"GetColorPatchValues", [](ColorCorrectionModel& m) { QVector<QColor> v; m.GetColorPatchValues(v, true); }},
+    {"ApplyInitialCameraImageAndPatchValues", [](ColorCorrectionModel& m) { m.ApplyInitialCameraImageAndPatchValues(); }},
+    {"ExecuteWhitebalance", [](ColorCorrectionModel& m) { m.ExecuteWhitebalance(); }},
+    {"ApplyInitialColorPatchValues", [](ColorCorrectionModel& m) { m.ApplyInitialColorPatchValues(); }},
+    // Runs on its own thread; the interruption comes from this one.
+    {"AutoAdjustGray80PercentPatch", [](ColorCorrectionModel& m) { m.AutoAdjustGray80PercentPatch(); }},
+};
+
+class InterruptedOperationTest : public ::testing::TestWithParam<std::tuple<int, Interruption>> {};
+
+TEST_P(InterruptedOperationTest, CancelOrCloseInTheMiddleActsAfterTheOperation)
+{
+    const LongOperation& operation = kLongOperations[std::get<0>(GetParam())];
+    const Interruption interruption = std::get<1>(GetParam());
+    SessionRig rig("emu-cmed-0");
+    ColorCorrectionModel& m = rig.model;
+    const QString opened = openAndNeutralise(rig);
+    ASSERT_FALSE(opened.isEmpty());
+    rig.device->setExtraFrameDelayMs(400);  // every grab now waits in its event loop
+
+    bool interrupted = false, accepted = false;
+    QTimer::singleShot(150, &m, [&] {
+        accepted = interruption == Interruption::Close ? m.Close() : m.RestoreSettingsBackup(false);
+        interrupted = true;
+    });
+    operation.run(m);
+    ASSERT_TRUE(waitUntil([&] { return interrupted; }, 10000));
+    EXPECT_TRUE(accepted);
+    QThread::msleep(500);  // whatever was still to come has come
+    QCoreApplication::processEvents();
+
+    if (interruption == Interruption::Cancel) {
+        EXPECT_EQ(rig.settingsText(), opened) << operation.name;
+        EXPECT_TRUE(m.Close());
+    } else {
+        EXPECT_EQ(m.GetExposureTimeValue(), -1.0) << operation.name;  // closed
+    }
+    // The camera is free again for the next session.
+    rig.device->setExtraFrameDelayMs(0);
+    ASSERT_TRUE(m.Open(rig.info)) << operation.name;
+    EXPECT_GT(m.GetExposureTimeValue(), 0.0);
+    EXPECT_TRUE(m.Close());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    LongOperations, InterruptedOperationTest,
+    ::testing::Combine(::testing::Range(0, int(sizeof(kLongOperations) / sizeof(kLongOperations[0]))),
+                       ::testing::Values(Interruption::Cancel, Interruption::Close)),
+    [](const ::testing::TestParamInfo<std::tuple<int, Interruption>>& info) {
+        return std::string(kLongOperations[std::get<0>(info.param)].name) +
+               (std::get<1>(info.param) == Interruption::Cancel ? "_Cancel" : "_Close");
+    });
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <QTemporaryDir>
 
 #include <cmath>
+#include <utility>
 #include <csignal>
 
 namespace {
@@ -53,6 +54,14 @@ QStringList chartGrid(const char* id)
 TEST(ColcalCalibrate, BadInputIsRefusedBeforeTheCameraIsTouched)
 {
     QTemporaryDir home;
+    QStringList mirrored = chartGrid("emu-cmed-0");  // top-left and top-right swapped, likewise the bottom
+    std::swap(mirrored[1], mirrored[3]);
+    std::swap(mirrored[2], mirrored[4]);
+    std::swap(mirrored[5], mirrored[7]);
+    std::swap(mirrored[6], mirrored[8]);
+    QFile huge(home.filePath("huge.pfs"));
+    ASSERT_TRUE(huge.open(QIODevice::WriteOnly) && huge.resize(300LL * 1024 * 1024));  // sparse
+    huge.close();
     struct Case {
         QStringList args;
         QString expected;
@@ -64,12 +73,51 @@ TEST(ColcalCalibrate, BadInputIsRefusedBeforeTheCameraIsTouched)
         {{"--grid", "1", "2", "3"}, "--grid needs eight numbers"},
         {{"--load-settings", home.filePath("missing.pfs")}, "missing.pfs: cannot open"},
         {{"--find-chart", "--stored-grid"}, "choose one of"},
+        {{"--report-dir", ""}, "--report-dir needs a folder"},
+        {{"--settings-dir", " "}, "--settings-dir needs a folder"},
+        {{"--load-settings", home.filePath("huge.pfs")}, "huge.pfs: larger than"},
+        {{"--user-set", "UserSet9"}, "has no user set \"UserSet9\" (it has: UserSet1, UserSet2, UserSet3)"},
+        {{"--grid", "10", "10", "2500", "10", "10", "900", "2500", "900"}, "--grid: grid corner (2500, 10) lies outside the 1920 x 1200 image"},
+        {mirrored, "--grid: grid corners cross each other, coincide or are mirrored"},
     };
     for (const Case& c : cases) {
         const Result r = colcal(QStringList{"calibrate"} + c.args, home.path());
         EXPECT_EQ(r.exitCode, 2) << c.expected.toStdString();
         EXPECT_TRUE(r.out.isEmpty());
         EXPECT_TRUE(r.err.contains(c.expected)) << r.err.toStdString();
+    }
+}
+
+TEST(ColcalCalibrate, SettingsFileIsNamedWithItsLinesAndRefusedWhenNothingFits)
+{
+    QTemporaryDir home;
+    QDir().mkpath(home.filePath("data"));
+    struct Case {
+        QByteArray content;
+        int exitCode;
+        QStringList expected;
+    };
+    const Case cases[] = {
+        // Nothing fits this camera: bad input, the camera restored.
+        {"\x89PNG\r\n\x1a\nNoSuchFeature\t1\n", 2,
+         {"settings.pfs: not a settings file for this camera", "the camera's settings were restored"}},
+        // A byte-order mark and one line of another camera: the rest is applied,
+        // the misfit named by file and line (the short time limit ends the run).
+        {"\xEF\xBB\xBFGamma\t1\nNoSuchFeature\t1\n", 1,
+         {"settings.pfs:2: NoSuchFeature: unknown feature", "automatic brightness did not finish"}},
+    };
+    for (const Case& c : cases) {
+        QFile f(home.filePath("settings.pfs"));
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write(c.content);
+        f.close();
+        const Result r = colcal(QStringList{"calibrate", "--load-settings", f.fileName(), "--timeout-s", "1"} +
+                                    chartGrid("emu-cmed-0"),
+                                home.path());
+        EXPECT_EQ(r.exitCode, c.exitCode) << r.err.toStdString();
+        for (const QString& e : c.expected)
+            EXPECT_TRUE(r.err.contains(e)) << e.toStdString() << "\n" << r.err.toStdString();
+        EXPECT_FALSE(r.err.contains("settings.pfs:1:")) << r.err.toStdString();  // the mark is no line of its own
     }
 }
 

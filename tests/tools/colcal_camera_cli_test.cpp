@@ -1,12 +1,16 @@
 #include <gtest/gtest.h>
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
 #include <QTemporaryDir>
+
+#include <utility>
 
 namespace {
 
@@ -16,13 +20,18 @@ struct Result {
 };
 
 // Each run is a power cycle of the emulated cameras; their flash lives in `data`.
-Result colcal(const QStringList& args, const QString& data)
+// A `maxFileBytes` above 0 lets files grow only so far, as on a disk that fills up.
+Result colcal(const QStringList& args, const QString& data, int maxFileBytes = 0)
 {
     QProcess p;
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert("XDG_DATA_HOME", data);
     p.setProcessEnvironment(env);
-    p.start(COLCAL_BINARY, args);
+    if (maxFileBytes > 0)  // an ignored SIGXFSZ turns the limit into failing writes
+        p.start("/bin/sh", QStringList{"-c", "trap '' XFSZ; exec prlimit --fsize=$0 \"$@\"",
+                                       QString::number(maxFileBytes), COLCAL_BINARY} + args);
+    else
+        p.start(COLCAL_BINARY, args);
     EXPECT_TRUE(p.waitForFinished(120000));
     return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1,
             QString::fromUtf8(p.readAllStandardOutput()), QString::fromUtf8(p.readAllStandardError())};
@@ -129,6 +138,89 @@ TEST(ColcalCameraCli, LoadIntoAUserSetSurvivesTheProcess)
     ASSERT_TRUE(memory.open(QIODevice::ReadOnly));
     const QJsonObject sets = QJsonDocument::fromJson(memory.readAll()).object().value("userSets").toObject();
     EXPECT_TRUE(sets.value("UserSet3").toString().contains("\nGamma\t0.5\n"));
+}
+
+QByteArray contentOf(const QString& path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+TEST(ColcalCameraCli, FailedWritesExitNonZeroAndKeepThePreviousFile)
+{
+    QTemporaryDir dir;
+    const QString settings = dir.filePath("camera.pfs");
+    ASSERT_EQ(colcal({"settings", "save", settings}, dir.path()).exitCode, 0);
+    const QByteArray good = contentOf(settings);
+    ASSERT_GT(good.size(), 8192);
+    const QString overlay = dir.filePath("overlay.png");
+    ASSERT_TRUE(QFile(overlay).open(QIODevice::WriteOnly));
+    // The camera's memory: one user set stored, to be kept when the next store fails.
+    ASSERT_EQ(colcal({"settings", "load", "--user-set", "UserSet1", settings}, dir.path()).exitCode, 0);
+    const QString memory = dir.filePath("kalto-emulator/emu-cmed-0.json");
+    const QByteArray memoryBefore = contentOf(memory);
+    ASSERT_FALSE(memoryBefore.isEmpty());
+
+    struct Case {
+        const char* what;
+        QStringList args;
+        int maxFileBytes;
+        QString file;
+        QByteArray before;
+    };
+    const Case cases[] = {
+        {"settings onto a full device", {"settings", "save", "/dev/full"}, 0, {}, {}},
+        {"settings on a full disk", {"settings", "save", settings}, 8192, settings, good},
+        {"user set on a full disk", {"settings", "load", "--user-set", "UserSet2", settings}, 4096, memory, memoryBefore},
+        {"overlay on a full disk",
+         {"find-chart", COLCAL_TESTDATA_DIR "/charts/jarrelscy_printed_desk_perspective.jpg", "--overlay", overlay}, 8192, overlay, {}},
+    };
+    for (const Case& c : cases) {
+        // Renaming a finished temporary file onto the device would replace it.
+        ASSERT_FALSE(QFileInfo("/dev/full").isFile()) << "/dev/full is no longer a device";
+        const Result r = colcal(c.args, dir.path(), c.maxFileBytes);
+        EXPECT_NE(r.exitCode, 0) << c.what;
+        EXPECT_TRUE(r.err.contains("cannot write")) << c.what << ": " << r.err.toStdString();
+        if (!c.file.isEmpty())
+            EXPECT_EQ(contentOf(c.file), c.before) << c.what;
+    }
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList({"camera.pfs", "overlay.png"}));
+    EXPECT_FALSE(QFileInfo("/dev/full").isFile());
+}
+
+TEST(ColcalCameraCli, SettingsLoadTakesAByteOrderMarkAndStdinAndRefusesHugeFiles)
+{
+    QTemporaryDir dir;
+    const QString plain = dir.filePath("plain.pfs"), marked = dir.filePath("marked.pfs"), huge = dir.filePath("huge.pfs");
+    for (const auto& [path, content] : {std::make_pair(plain, QByteArray("Gamma\t0.8\n")),
+                                        std::make_pair(marked, QByteArray("\xEF\xBB\xBFGamma\t0.8\n"))}) {
+        QFile f(path);
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write(content);
+    }
+    QFile big(huge);
+    ASSERT_TRUE(big.open(QIODevice::WriteOnly) && big.resize(300LL * 1024 * 1024));  // sparse
+    big.close();
+
+    for (const QString& path : {plain, marked}) {
+        const Result r = colcal({"settings", "load", path, "--json"}, dir.path());
+        EXPECT_EQ(r.exitCode, 0) << r.err.toStdString();
+        EXPECT_TRUE(r.out.contains("\"applied\":1,\"file\"") || r.out.contains("\"applied\":1")) << r.out.toStdString();
+        EXPECT_TRUE(r.out.contains("\"rejected\":0")) << r.out.toStdString();
+    }
+    QProcess p;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("XDG_DATA_HOME", dir.path());
+    p.setProcessEnvironment(env);
+    p.setStandardInputFile(marked);
+    p.start(COLCAL_BINARY, {"settings", "load", "-", "--json"});
+    ASSERT_TRUE(p.waitForFinished(60000));
+    EXPECT_EQ(p.exitCode(), 0);
+    EXPECT_TRUE(QString::fromUtf8(p.readAllStandardOutput()).contains("\"rejected\":0"));
+
+    const Result r = colcal({"settings", "load", huge}, dir.path());
+    EXPECT_EQ(r.exitCode, 2);
+    EXPECT_TRUE(r.err.contains("huge.pfs: larger than")) << r.err.toStdString();
 }
 
 }  // namespace

@@ -173,4 +173,36 @@ TEST(ColcalCli, BadEngineInputNamesFileAndLine)
     EXPECT_TRUE(engineError.err.contains("Cannot determine hue sector on gray image")) << engineError.err.toStdString();
 }
 
+TEST(ColcalCli, ImageDeclaringTooManyPixelsIsRefusedFromItsHeader)
+{
+    QTemporaryDir dir;
+    // A BMP header declaring 12000 x 12000 pixels of 24 bits, followed by a few bytes.
+    QByteArray bmp("BM");
+    auto put32 = [&bmp](quint32 v) {
+        for (int i = 0; i < 4; ++i)
+            bmp.append(char((v >> (8 * i)) & 0xff));
+    };
+    auto put16 = [&bmp](quint16 v) {
+        bmp.append(char(v & 0xff));
+        bmp.append(char(v >> 8));
+    };
+    put32(54 + 64);
+    put32(0);
+    put32(54);
+    put32(40);
+    put32(12000);
+    put32(12000);
+    put16(1);
+    put16(24);
+    for (int i = 0; i < 6; ++i)
+        put32(0);
+    bmp.append(QByteArray(64, '\x7f'));
+    const QString path = writeFile(dir, "huge.bmp", bmp);
+    for (const char* command : {"analyze", "find-chart"}) {
+        const Result r = colcal({command, path});
+        EXPECT_EQ(r.exitCode, 2) << command;
+        EXPECT_TRUE(r.err.contains("12000 x 12000 pixels is more than the 100 megapixels")) << r.err.toStdString();
+    }
+}
+
 }  // namespace

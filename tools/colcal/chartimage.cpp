@@ -82,6 +82,15 @@ const std::array<uint8_t, 65536>& linearToSrgb8()
 
 }  // namespace
 
+namespace {
+
+bool tooLarge(const QSize& size)
+{
+    return size.isValid() && qint64(size.width()) * size.height() > ChartImage::kMaxPixels;
+}
+
+}  // namespace
+
 ChartImage ChartImage::load(const QString& path, Encoding encoding)
 {
     if (!QFileInfo(path).isFile())
@@ -97,7 +106,7 @@ ChartImage ChartImage::load(const QString& path, Encoding encoding)
     {
         const QuietStderr quiet;
         declared = reader.size();
-        if (!declared.isValid() || (declared.width() > 0 && declared.height() > 0))
+        if (!declared.isValid() || (declared.width() > 0 && declared.height() > 0 && !tooLarge(declared)))
             image = reader.read();
     }
     qInstallMessageHandler(g_previousHandler);
@@ -105,6 +114,13 @@ ChartImage ChartImage::load(const QString& path, Encoding encoding)
 
     if (declared.isValid() && (declared.width() <= 0 || declared.height() <= 0))
         throw cli::Error(QString("%1: image has zero size").arg(path), cli::BadInput);
+    // The header is all that was read: a few bytes may declare gigabytes.
+    if (tooLarge(declared) || (!image.isNull() && tooLarge(image.size())))
+        throw cli::Error(QString("%1: %2 x %3 pixels is more than the %4 megapixels colcal reads")
+                             .arg(path).arg(declared.isValid() ? declared.width() : image.width())
+                             .arg(declared.isValid() ? declared.height() : image.height())
+                             .arg(ChartImage::kMaxPixels / 1000000),
+                         cli::BadInput);
     if (image.isNull())
         throw cli::Error(QString("%1: cannot read image: %2").arg(path, reader.errorString()), cli::BadInput);
     if (!warnings.isEmpty())

@@ -17,6 +17,9 @@ public:
     /// Reads PNG, JPEG, TIFF ... through Qt's image plug-ins; throws cli::Error
     /// (bad input) naming the file when it cannot be read completely.
     static ChartImage load(const QString& path, Encoding encoding);
+    /// Larger images are refused from their header, before decoding: a chart
+    /// photo needs a fraction of this, and decoding allocates 18 bytes a pixel.
+    static constexpr qint64 kMaxPixels = 100'000'000;
 
     const QString& path() const { return m_path; }
     QSize size() const { return m_display.size(); }

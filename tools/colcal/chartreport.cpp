@@ -2,6 +2,9 @@
 
 #include "cli.h"
 
+#include "core/savefile.h"
+
+#include <QFileInfo>
 #include <QImageWriter>
 #include <QJsonArray>
 #include <QPainter>
@@ -58,7 +61,16 @@ QImage ChartReport::overlay(const QImage& image, const CTrapezoid& grid, const Q
 
 void ChartReport::saveOverlay(const QImage& overlay, const QString& path)
 {
-    QImageWriter writer(path);
-    if (!writer.write(overlay))
-        throw cli::Error(QString("%1: cannot write overlay: %2").arg(path, writer.errorString()), cli::Failed);
+    // The format follows the name's suffix, PNG without one.
+    const QByteArray suffix = QFileInfo(path).suffix().toLower().toLatin1();
+    QString encoderError, error;
+    const bool written = Core::saveFile(path, [&](QIODevice& device) {
+        QImageWriter writer(&device, suffix.isEmpty() ? QByteArray("png") : suffix);
+        const bool encoded = writer.write(overlay);
+        if (!encoded)
+            encoderError = writer.errorString();
+        return encoded;
+    }, &error);
+    if (!written)
+        throw cli::Error(QString("%1: cannot write overlay: %2").arg(path, encoderError.isEmpty() ? error : encoderError), cli::Failed);
 }

@@ -126,6 +126,56 @@ QVector<QPoint> takeGrid(QStringList& words)
     return corners;
 }
 
+namespace {
+
+// The outline top-left, top-right, bottom-right, bottom-left must turn the same
+// way at every corner, and clockwise on screen (y down) as the chart is seen;
+// a crossed, folded or mirrored grid does not.
+bool isConvexClockwise(const QVector<QPoint>& c)
+{
+    const QPoint ring[4] = {c[0], c[1], c[3], c[2]};
+    for (int i = 0; i < 4; ++i) {
+        const QPoint a = ring[(i + 1) % 4] - ring[i], b = ring[(i + 2) % 4] - ring[(i + 1) % 4];
+        if (qint64(a.x()) * b.y() - qint64(a.y()) * b.x() <= 0)
+            return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+void checkGrid(const QVector<QPoint>& corners, const QSize& size, const QString& what)
+{
+    for (const QPoint& p : corners)
+        if (p.x() < 0 || p.y() < 0 || p.x() > size.width() || p.y() > size.height())
+            throw Error(QString("%1: grid corner (%2, %3) lies outside the %4 x %5 image")
+                            .arg(what).arg(p.x()).arg(p.y()).arg(size.width()).arg(size.height()),
+                        BadInput);
+    if (corners.size() != 4 || !isConvexClockwise(corners))
+        throw Error(QString("%1: grid corners cross each other, coincide or are mirrored (order: top-left, "
+                            "top-right, bottom-left, bottom-right)")
+                        .arg(what),
+                    BadInput);
+}
+
+QByteArray readSettingsFile(const QString& path)
+{
+    QFile file;
+    const QString shown = path == "-" ? QString("<stdin>") : path;
+    const bool opened = path == "-" ? file.open(stdin, QIODevice::ReadOnly) : (file.setFileName(path), file.open(QIODevice::ReadOnly));
+    if (!opened)
+        throw Error(QString("%1: cannot open: %2").arg(shown, file.errorString()), BadInput);
+    // Read one byte past the limit rather than trusting a size a pipe lacks.
+    QByteArray text = file.read(kMaxSettingsBytes + 1);
+    if (text.size() > kMaxSettingsBytes)
+        throw Error(QString("%1: larger than %2 bytes, not a settings file").arg(shown).arg(kMaxSettingsBytes), BadInput);
+    if (file.error() != QFileDevice::NoError)
+        throw Error(QString("%1: cannot read: %2").arg(shown, file.errorString()), BadInput);
+    if (text.startsWith("\xEF\xBB\xBF"))
+        text.remove(0, 3);
+    return text;
+}
+
 void printJson(const QJsonObject& object)
 {
     print(QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)) + "\n");

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QJsonObject>
+#include <QByteArray>
 #include <QPoint>
+#include <QSize>
 #include <QVector>
 #include <QString>
 #include <QStringList>
@@ -50,6 +52,19 @@ std::vector<std::vector<double>> readNumberRows(const QString& path, int columns
 /// Takes "--grid x1 y1 x2 y2 x3 y3 x4 y4" (top-left, top-right, bottom-left,
 /// bottom-right) out of `words`; empty when there is no --grid.
 QVector<QPoint> takeGrid(QStringList& words);
+
+/// Refuses (BadInput, the message starting with `what`) grid corners outside
+/// a `size` image and corners that do not outline a convex quadrilateral in
+/// the order top-left, top-right, bottom-left, bottom-right (crossed, folded,
+/// mirrored or coinciding).
+void checkGrid(const QVector<QPoint>& corners, const QSize& size, const QString& what);
+
+/// A feature-persistence file whole ("-" reads stdin), a UTF-8 byte-order
+/// mark left out; refuses (BadInput, naming the file) a missing or unreadable
+/// file and one larger than kMaxSettingsBytes.
+QByteArray readSettingsFile(const QString& path);
+/// Settings texts are a few ten kilobytes; this leaves room for any camera.
+constexpr qint64 kMaxSettingsBytes = 16 * 1024 * 1024;
 
 /// One JSON object on stdout, compact, newline-terminated.
 void printJson(const QJsonObject& object);

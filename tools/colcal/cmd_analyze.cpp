@@ -16,23 +16,6 @@
 namespace {
 
 
-// The outline top-left, top-right, bottom-right, bottom-left must turn the same
-// way at every corner; a crossed or folded grid does not.
-bool isConvex(const QVector<QPoint>& c)
-{
-    const QPoint ring[4] = {c[0], c[1], c[3], c[2]};
-    int sign = 0;
-    for (int i = 0; i < 4; ++i) {
-        const QPoint a = ring[(i + 1) % 4] - ring[i], b = ring[(i + 2) % 4] - ring[(i + 1) % 4];
-        const qint64 cross = qint64(a.x()) * b.y() - qint64(a.y()) * b.x();
-        const int s = cross > 0 ? 1 : (cross < 0 ? -1 : 0);
-        if (s == 0 || (sign != 0 && s != sign))
-            return false;
-        sign = s;
-    }
-    return true;
-}
-
 }  // namespace
 
 int runAnalyze(const QStringList& input)
@@ -52,17 +35,7 @@ int runAnalyze(const QStringList& input)
 
     CTrapezoid grid;
     if (!gridCorners.isEmpty()) {
-        const QSize s = image.size();
-        for (const QPoint& p : gridCorners)
-            if (p.x() < 0 || p.y() < 0 || p.x() > s.width() || p.y() > s.height())
-                throw cli::Error(QString("%1: grid corner (%2, %3) lies outside the %4 x %5 image")
-                                     .arg(path).arg(p.x()).arg(p.y()).arg(s.width()).arg(s.height()),
-                                 cli::BadInput);
-        if (!isConvex(gridCorners))
-            throw cli::Error(QString("%1: grid corners cross each other or coincide (order: top-left, "
-                                     "top-right, bottom-left, bottom-right)")
-                                 .arg(path),
-                             cli::BadInput);
+        cli::checkGrid(gridCorners, image.size(), path);
         grid = CTrapezoid(gridCorners[0], gridCorners[1], gridCorners[2], gridCorners[3]);
     } else {
         ColorCorrectionAutoChartFinder finder;

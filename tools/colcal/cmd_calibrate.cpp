@@ -131,6 +131,65 @@ double number(const QJsonValue& v)
     return v.toString().toDouble();
 }
 
+/// The neutral camera's 24 patches as the engine's uncorrected step sees them.
+void measure(Original& neutral, const QVector<QColor>& measured)
+{
+    dlib::matrix<double, 24, 3> chart;
+    for (long k = 0; k < 24; ++k) {
+        chart(k, 0) = measured[k].redF() * 255.0;
+        chart(k, 1) = measured[k].greenF() * 255.0;
+        chart(k, 2) = measured[k].blueF() * 255.0;
+    }
+    neutral.SetInputChart(chart);
+    neutral.SetOutputChart(chart);
+}
+
+/// Their mean CIEDE2000 error against the chart.
+double meanDeltaE(const QVector<QColor>& measured)
+{
+    ColorChecker checker;
+    Original neutral(&checker, 1.0);
+    measure(neutral, measured);
+    double sum = 0;
+    for (int k = 0; k < 24; ++k)
+        sum += neutral.GetError(k, false, false);
+    return sum / 24;
+}
+
+/// The same from the results document of the calibrated camera.
+double meanDeltaE(const QJsonObject& document)
+{
+    const QJsonObject precise = document.value("PreciseColors").toObject();
+    double sum = 0;
+    for (int k = 0; k < 24; ++k)
+        sum += number(precise.value(QString("Patch%1").arg(k + 1, 2, 10, QChar('0'))).toObject().value("DeltaE"));
+    return sum / 24;
+}
+
+// The session names each rejected line as "LoadSettings: line N: ..."; the
+// user is told the file as well.
+QString g_settingsFileShown;
+QtMessageHandler g_previousHandler = nullptr;
+
+void nameTheSettingsFile(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    static const QRegularExpression line(";LoadSettings: line (\\d+): (.*)$");
+    const QRegularExpressionMatch m = line.match(message);
+    if (type == QtWarningMsg && m.hasMatch())
+        progress(QString("%1:%2: %3").arg(g_settingsFileShown, m.captured(1), m.captured(2)));
+    else
+        g_previousHandler(type, context, message);
+}
+
+bool loadSettings(ColorCorrectionModel& model, const QString& text, const QString& shown)
+{
+    g_settingsFileShown = shown;
+    g_previousHandler = qInstallMessageHandler(nameTheSettingsFile);
+    const bool loaded = model.LoadSettings(text);
+    qInstallMessageHandler(g_previousHandler);
+    return loaded;
+}
+
 /// A leaf of the results document as a JSON number; null where the camera's
 /// settings text did not hold the feature under the name the document reads.
 QJsonValue leaf(const QJsonValue& v)
@@ -162,13 +221,12 @@ int runCalibrate(const QStringList& allWords)
     const int timeoutS = args.value("timeout-s", "120").toInt(&ok);
     if (!ok || timeoutS <= 0)
         throw cli::Error("--timeout-s needs a positive number of seconds", cli::BadInput);
-    QString previousSettings;
-    if (args.has("load-settings")) {
-        QFile f(args.value("load-settings"));
-        if (!f.open(QIODevice::ReadOnly))
-            throw cli::Error(QString("%1: cannot open: %2").arg(f.fileName(), f.errorString()), cli::BadInput);
-        previousSettings = QString::fromUtf8(f.readAll());
-    }
+    for (const char* folder : {"settings-dir", "report-dir"})
+        if (args.has(folder) && args.value(folder).trimmed().isEmpty())
+            throw cli::Error(QString("--%1 needs a folder").arg(folder), cli::BadInput);
+    const QString settingsFile = args.value("load-settings");
+    const QString previousSettings =
+        args.has("load-settings") ? QString::fromUtf8(cli::readSettingsFile(settingsFile)) : QString();
     const CTrapezoid givenGrid =
         hasGrid ? CTrapezoid(gridCorners[0], gridCorners[1], gridCorners[2], gridCorners[3]) : CTrapezoid();
 
@@ -201,6 +259,19 @@ int runCalibrate(const QStringList& allWords)
         throw cli::Error(QString("cannot open camera %1%2").arg(id, why.isEmpty() ? QString() : ": " + why), cli::Failed);
     }
 
+    if (args.has("user-set")) {
+        // Found out now, not after the whole calibration.
+        QStringList sets;
+        for (const QJsonValue& set : model.GetAvailableUserSetsJson().value("UserSets").toArray())
+            sets << set.toObject().value("userset").toString();
+        if (!sets.contains(args.value("user-set"))) {
+            model.Close();
+            throw cli::Error(QString("--user-set: camera %1 has no user set \"%2\" (it has: %3)")
+                                 .arg(id, args.value("user-set"), sets.join(", ")),
+                             cli::BadInput);
+        }
+    }
+
     g_interrupted = 0;
     std::signal(SIGINT, onSigint);
     std::signal(SIGTERM, onSigint);
@@ -222,6 +293,11 @@ int runCalibrate(const QStringList& allWords)
             grabbed = model.GrabImage(image, true);
         run.check(grabbed, "The camera delivers no image.");
         if (hasGrid) {
+            try {
+                cli::checkGrid(gridCorners, image.size(), "--grid");
+            } catch (const cli::Error& e) {
+                throw Abort{QString::fromUtf8(e.what()), e.exitCode()};
+            }
             model.SetGridPositon(givenGrid);
         } else if (!args.flag("stored-grid")) {
             ColorCorrectionAutoChartFinder finder(nullptr);
@@ -242,8 +318,14 @@ int runCalibrate(const QStringList& allWords)
         backedUp = true;
         auto initialiseStep2 = [&] {
             model.StopGrab();
-            if (args.has("load-settings"))
-                run.check(model.LoadSettings(previousSettings), "Could not load previous settings.");
+            if (args.has("load-settings")) {
+                const bool loaded = loadSettings(model, previousSettings, settingsFile == "-" ? "<stdin>" : settingsFile);
+                run.checkInterrupt();
+                if (!loaded)
+                    throw Abort{QString("%1: not a settings file for this camera: nothing in it could be applied")
+                                    .arg(settingsFile == "-" ? "<stdin>" : settingsFile),
+                                cli::BadInput};
+            }
             run.check(model.SetNeutralSettings(), "Unable to set neutral settings.");
             run.check(model.ExecuteWhitebalance(),
                       "The calibration process failed because the image is either too bright or too dark. Adjust "
@@ -296,6 +378,13 @@ int runCalibrate(const QStringList& allWords)
         run.check(after.size() == 24, "The calibrated camera image could not be measured.");
         document = model.GetCalibrationsResultsJson();
         run.check(!document.isEmpty(), "Couldn't read the calibration results.");
+        const double meanBefore = meanDeltaE(before), meanAfter = meanDeltaE(document);
+        if (meanAfter > meanBefore)
+            throw Abort{QString("the calibration made the colours worse (mean dE00 %1 before, %2 after); nothing "
+                                "was kept")
+                            .arg(meanBefore, 0, 'f', 2)
+                            .arg(meanAfter, 0, 'f', 2),
+                        cli::Failed};
 
         // Step 4: keeping the results.
         if (args.has("settings-dir")) {
@@ -328,14 +417,7 @@ int runCalibrate(const QStringList& allWords)
     // Before: the neutral camera's chart; after: the results document's figures.
     ColorChecker checker;
     Original neutral(&checker, 1.0);
-    dlib::matrix<double, 24, 3> chart;
-    for (long k = 0; k < 24; ++k) {
-        chart(k, 0) = before[k].redF() * 255.0;
-        chart(k, 1) = before[k].greenF() * 255.0;
-        chart(k, 2) = before[k].blueF() * 255.0;
-    }
-    neutral.SetInputChart(chart);
-    neutral.SetOutputChart(chart);
+    measure(neutral, before);
     const QJsonObject precise = document.value("PreciseColors").toObject();
     QJsonArray patches;
     double sums[4] = {0, 0, 0, 0};

@@ -2,13 +2,14 @@
 #include "commands.h"
 #include "emulatedcameras.h"
 
+#include "core/savefile.h"
+
 #include "kalto/grabresultdata.h"
 #include "kalto/idevice.h"
 #include "kalto/imageformatconverter.h"
 #include "kalto/kaltoimage.h"
 
 #include <QImage>
-#include <QSaveFile>
 
 #include <chrono>
 #include <condition_variable>
@@ -55,9 +56,9 @@ int runGrab(const QStringList& words)
     const QImage image(static_cast<const uchar*>(bgra.GetBuffer()), static_cast<int>(bgra.GetWidth()),
                        static_cast<int>(bgra.GetHeight()), static_cast<int>(bgra.GetStride()), QImage::Format_RGB32);
     const QString out = args.value("out");
-    QSaveFile file(out);
-    if (!file.open(QIODevice::WriteOnly) || !image.save(&file, "PNG") || !file.commit())
-        throw cli::Error(QString("cannot write %1: %2").arg(out, file.errorString()), cli::Failed);
+    QString error;
+    if (!Core::saveFile(out, [&image](QIODevice& device) { return image.save(&device, "PNG"); }, &error))
+        throw cli::Error(QString("cannot write %1: %2").arg(out, error), cli::Failed);
 
     const QString format = Kalto::PixelTypeName(result->GetPixelType());
     if (args.flag("json"))

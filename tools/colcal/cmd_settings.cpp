@@ -2,25 +2,21 @@
 #include "commands.h"
 #include "emulatedcameras.h"
 
+#include "core/savefile.h"
 #include "genicam/featurepersistence.h"
 #include "genicam/nodemap.h"
 #include "kalto/idevice.h"
 
 #include <QFile>
-#include <QSaveFile>
 
 namespace {
-
-// A settings file is text of a few kilobytes; anything far larger is not one.
-constexpr qint64 kMaxSettingsBytes = 256 * 1024 * 1024;
 
 int save(const std::shared_ptr<Kalto::IDevice>& device, const QString& path, bool json)
 {
     const std::string text = Kalto::CFeaturePersistence::Save(device->nodeMap());
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(text.data(), static_cast<qint64>(text.size())) < 0 ||
-        !file.commit())
-        throw cli::Error(QString("cannot write %1: %2").arg(path, file.errorString()), cli::Failed);
+    QString error;
+    if (!Core::saveFile(path, QByteArray::fromStdString(text), &error))
+        throw cli::Error(QString("cannot write %1: %2").arg(path, error), cli::Failed);
     if (json)
         cli::printJson({{"file", path}, {"bytes", static_cast<qint64>(text.size())}});
     else
@@ -30,12 +26,7 @@ int save(const std::shared_ptr<Kalto::IDevice>& device, const QString& path, boo
 
 int load(const std::shared_ptr<Kalto::IDevice>& device, const QString& path, const QString& userSet, bool json)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        throw cli::Error(QString("cannot read %1: %2").arg(path, file.errorString()), cli::BadInput);
-    if (file.size() > kMaxSettingsBytes)
-        throw cli::Error(QString("%1: %2 bytes is too large for a settings file").arg(path).arg(file.size()), cli::BadInput);
-    const QByteArray text = file.readAll();
+    const QByteArray text = cli::readSettingsFile(path);
     Kalto::CNodeMap& map = device->nodeMap();
     const Kalto::SLoadReport report =
         Kalto::CFeaturePersistence::Load(map, std::string_view(text.constData(), static_cast<size_t>(text.size())));

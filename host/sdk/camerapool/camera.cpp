@@ -205,7 +205,7 @@ QString Camera::saveSettings() const
     });
 }
 
-bool Camera::loadSettings(const QString& text, QStringList* rejected)
+bool Camera::loadSettings(const QString& text, QStringList* rejected, int* applied)
 {
     const Kalto::SLoadReport report = d->guarded("loading the settings", [&] {
         return Kalto::CFeaturePersistence::Load(d->device->nodeMap(), text.toStdString());
@@ -221,6 +221,8 @@ bool Camera::loadSettings(const QString& text, QStringList* rejected)
             *rejected << QStringLiteral("... %1 more rejected lines")
                              .arg(report.rejectedCount - report.rejected.size());
     }
+    if (applied)
+        *applied = int(report.appliedLines);
     return report.ok();
 }
 

@@ -28,7 +28,7 @@ public:
     void stopGrabbing() override;
     QSharedPointer<ParameterCollection::IParameterCollection> parameterCollection() const override;
     QString saveSettings() const override;
-    bool loadSettings(const QString& text, QStringList* rejected = nullptr) override;
+    bool loadSettings(const QString& text, QStringList* rejected = nullptr, int* applied = nullptr) override;
 
     bool isConnected() const;
     bool isGrabbingContinuously() const;

@@ -33,8 +33,9 @@ public:
     /// The device node map as feature-persistence text.
     virtual QString saveSettings() const = 0;
     /// Applies such a text; false when lines were rejected, each listed in
-    /// `rejected` as "line N: Feature: reason".
-    virtual bool loadSettings(const QString& text, QStringList* rejected = nullptr) = 0;
+    /// `rejected` as "line N: Feature: reason". `applied` counts the lines
+    /// that were applied all the same.
+    virtual bool loadSettings(const QString& text, QStringList* rejected = nullptr, int* applied = nullptr) = 0;
 
 signals:
     /// Emitted on the camera's delivery thread.

@@ -3,12 +3,21 @@
 #include "genicam/nodemap.h"
 #include "genicam/runtimeexception.h"
 
+#include <algorithm>
 #include <charconv>
+#include <cstring>
 #include <cmath>
 #include <mutex>
 #include <set>
 
 namespace Kalto {
+
+namespace {
+
+constexpr const char* kLinesHeader = "# Lines\t";
+constexpr const char* kEndMarker = "# End";
+
+}  // namespace
 
 namespace {
 
@@ -200,8 +209,6 @@ std::string CFeaturePersistence::Save(const CNodeMap& map)
 {
     std::lock_guard<std::recursive_mutex> lock(map.mutex());
     std::string out;
-    out += "# Kalto feature persistence text\n";
-    out += "# Node map: " + escapeText(map.name()) + "\n";
     for (const std::string& name : map.nodeNames()) {
         if (!map.selectorOf(name).empty())
             continue;  // written in its selector's block
@@ -226,7 +233,10 @@ std::string CFeaturePersistence::Save(const CNodeMap& map)
         }
         writeValue(map, name, nullptr, out);
     }
-    return out;
+    // The count and the end marker tell a whole text from a cut one.
+    const size_t lines = 3 + size_t(std::count(out.begin(), out.end(), '\n')) + 1;
+    return "# Kalto feature persistence text\n# Node map: " + escapeText(map.name()) + "\n" + kLinesHeader +
+           std::to_string(lines) + "\n" + out + kEndMarker + "\n";
 }
 
 SLoadReport CFeaturePersistence::Load(CNodeMap& map, std::string_view text)
@@ -243,10 +253,15 @@ SLoadReport CFeaturePersistence::Load(CNodeMap& map, std::string_view text)
     size_t pos = 0;
     size_t lineNumber = 0;
     std::string scratch;
+    // Set by a text that declares its length (texts written before that was
+    // done load as they always did).
+    size_t declaredLines = 0;
+    bool ended = false;
     while (pos < text.size()) {
         ++lineNumber;
         size_t end = text.find('\n', pos);
-        if (end == std::string_view::npos)
+        const bool terminated = end != std::string_view::npos;
+        if (!terminated)
             end = text.size();
         std::string_view line = text.substr(pos, end - pos);
         pos = end + 1;
@@ -256,8 +271,21 @@ SLoadReport CFeaturePersistence::Load(CNodeMap& map, std::string_view text)
             reject(lineNumber, {}, "line longer than " + std::to_string(kMaxLineBytes) + " bytes");
             continue;
         }
-        if (line.find_first_not_of(" \t") == std::string_view::npos || line.front() == '#')
+        if (line.find_first_not_of(" \t") == std::string_view::npos)
             continue;
+        if (line.front() == '#') {
+            if (lineNumber <= 3 && line.substr(0, std::strlen(kLinesHeader)) == kLinesHeader) {
+                int64_t n = 0;
+                if (parseInt(line.substr(std::strlen(kLinesHeader)), n) && n > 0)
+                    declaredLines = size_t(n);
+            }
+            ended = ended || line == kEndMarker;
+            continue;
+        }
+        if (declaredLines > 0 && !terminated) {
+            reject(lineNumber, line.substr(0, line.find('\t')), "cut off: the text ends inside this line");
+            continue;
+        }
         if (const char* bad = checkText(line)) {
             reject(lineNumber, {}, bad);
             continue;
@@ -377,6 +405,10 @@ SLoadReport CFeaturePersistence::Load(CNodeMap& map, std::string_view text)
             failSelector();
         }
     }
+    if (declaredLines > 0 && !ended)
+        reject(lineNumber, {},
+               "truncated: the text ends after line " + std::to_string(lineNumber) + " of " +
+                   std::to_string(declaredLines) + ", before its end marker");
     return report;
 }
 

@@ -30,6 +30,12 @@ struct SLoadReport {
 /// selected features' values for that entry, and finally the selector's
 /// current entry again so that loading leaves the selection as it was.
 ///
+/// The header's third line, "# Lines<TAB>N", counts the text's lines, and the
+/// last one is "# End": a text that declares its length but ends before its
+/// end marker is reported as truncated (its last line, when the cut fell
+/// inside it, rejected rather than applied). Texts without the count load as
+/// before.
+///
 /// Persistable: value nodes flagged persistent and writable at save time.
 /// Floats are written in the shortest form that reads back to the same double,
 /// integers in decimal, booleans as 1/0, enumerations by symbolic name,

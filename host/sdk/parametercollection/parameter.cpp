@@ -18,9 +18,23 @@ Parameter::Parameter(std::shared_ptr<const ParameterContext> context, const QStr
         // Runs on the writer's thread under the node-map lock; the destructor
         // removes the callback under that lock, so `this` is alive here.
         const QVariant v = variantValue();
-        QMetaObject::invokeMethod(
-            this, [this, v] { emit parameterDataChangedDecoupled(v); }, Qt::QueuedConnection);
+        {
+            std::lock_guard<std::mutex> lock(m_pendingMutex);
+            m_pending.append(v);
+        }
+        QMetaObject::invokeMethod(this, "deliverChanges", Qt::QueuedConnection);
     });
+}
+
+void Parameter::deliverChanges()
+{
+    QVector<QVariant> values;
+    {
+        std::lock_guard<std::mutex> lock(m_pendingMutex);
+        values.swap(m_pending);
+    }
+    for (const QVariant& v : values)
+        emit parameterDataChangedDecoupled(v);
 }
 
 Parameter::~Parameter()

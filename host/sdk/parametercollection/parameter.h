@@ -4,7 +4,10 @@
 #include <QString>
 #include <QVariant>
 
+#include <QVector>
+
 #include <memory>
+#include <mutex>
 
 namespace ParameterCollection {
 
@@ -45,7 +48,14 @@ protected:
     std::string m_node;
 
 private:
+    /// Emits the values written since the last call, in order.
+    Q_INVOKABLE void deliverChanges();
+
     int m_callbackId = 0;
+    // Values written on other threads wait here; the handover goes through a
+    // lock that race checkers see (Qt's own event queue lock they do not).
+    std::mutex m_pendingMutex;
+    QVector<QVariant> m_pending;
 };
 
 }  // namespace ParameterCollection

@@ -1,13 +1,15 @@
 #include "calibrationresult.h"
 
+#include "core/savefile.h"
+
 #include <QBuffer>
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QRegularExpression>
-#include <QSaveFile>
 
 static void initResources()
 {
@@ -15,6 +17,9 @@ static void initResources()
 }
 
 namespace {
+
+// Suffixes tried after a folder name that already exists.
+constexpr int kMaxFoldersPerSecond = 1000;
 
 // The program's list of colour-relevant features. Substring matches are
 // deliberate ("Gamma" also keeps GammaEnable); two names repeat harmlessly.
@@ -238,27 +243,33 @@ bool CalibrationResult::CreateOutputFolder(QString base, QString stem, QString& 
     if (!path.endsWith('/') && !path.endsWith(QDir::separator()))
         path += '/';
     path += QString("%1_%2_%3").arg(stem, folderSafeLabel(), stamp);
-    if (!QDir(path).mkpath("."))
+    if (!QDir().mkpath(base))
         return false;
-    folder = path;
-    return true;
+    // Two saves within one second (or two processes) each get a folder of
+    // their own: mkdir fails on an existing one, so the first free suffix wins.
+    for (int n = 1; n <= kMaxFoldersPerSecond; ++n) {
+        const QString candidate = n == 1 ? path : QString("%1_%2").arg(path).arg(n);
+        if (QDir().mkdir(candidate)) {
+            folder = candidate;
+            return true;
+        }
+        if (!QFileInfo::exists(candidate))
+            return false;  // not a name clash: the folder cannot be made at all
+    }
+    return false;
 }
 
 bool CalibrationResult::CreateTextFile(QString folder, QString fileName, QString& text)
 {
-    QSaveFile file(QDir(folder).filePath(fileName));
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    const QByteArray bytes = text.toUtf8();
-    return file.write(bytes) == bytes.size() && file.commit();
+    return Core::saveFile(QDir(folder).filePath(fileName), text.toUtf8());
 }
 
 bool CalibrationResult::CreateImageFile(QString folder, QString fileName, const QImage& image)
 {
     if (image.isNull())
         return false;
-    QSaveFile file(QDir(folder).filePath(fileName));
-    return file.open(QIODevice::WriteOnly) && image.save(&file, "PNG") && file.commit();
+    return Core::saveFile(QDir(folder).filePath(fileName),
+                          [&image](QIODevice& device) { return image.save(&device, "PNG"); });
 }
 
 QString CalibrationResult::GetFileContent(QString path)

@@ -220,9 +220,9 @@ void CameraJustify::backupParameterCollection(bool)
     m_storedSettings = saveNodemapSettings();
 }
 
-void CameraJustify::restoreParameterCollection(bool)
+QStringList CameraJustify::restoreParameterCollection(bool)
 {
-    loadNodemapSettings(m_storedSettings);
+    return loadNodemapSettings(m_storedSettings);
 }
 
 QString CameraJustify::saveNodemapSettings()
@@ -232,14 +232,19 @@ QString CameraJustify::saveNodemapSettings()
     return m_camera->saveSettings();
 }
 
-void CameraJustify::loadNodemapSettings(const QString& settings)
+QStringList CameraJustify::loadNodemapSettings(const QString& settings)
 {
     if (!m_camera)
         throw GenICam_3_1_Ostrel_kalto::RuntimeException("No camera.", kSourceFile, __LINE__);
     QStringList rejected;
-    if (m_camera->loadSettings(settings, &rejected))
-        return;
-    const QString message = QStringLiteral("Camera settings not applied: %1")
+    int applied = 0;
+    if (m_camera->loadSettings(settings, &rejected, &applied))
+        return {};
+    // A file from another camera or firmware differs in a few features; what
+    // the camera takes is kept. Only a text of which nothing fits is refused.
+    if (applied > 0)
+        return rejected.isEmpty() ? QStringList{QStringLiteral("unknown lines rejected")} : rejected;
+    const QString message = QStringLiteral("Camera settings not applied, not one line fits this camera: %1")
                                 .arg(rejected.isEmpty() ? QStringLiteral("unknown lines") : rejected.first());
     throw GenICam_3_1_Ostrel_kalto::RuntimeException(message.toStdString(), kSourceFile, __LINE__);
 }
@@ -364,6 +369,11 @@ void CameraJustify::setBC6x2Op(const dlib::matrix<double, 12, 1>& params)
 
 void CameraJustify::startAutoBrightness(CalibrationInterface* calibration)
 {
+    // A caller holding the session lock, which a running loop needs for its
+    // next round, must have stopped it first; the wait is bounded either way.
+    if (!stopAutoBrightness(kAutoBrightnessStopTimeoutMs))
+        throw GenICam_3_1_Ostrel_kalto::RuntimeException("The previous brightness loop is still running.",
+                                                         kSourceFile, __LINE__);
     finishAutoBrightnessThread();
     m_autoBrightnessThread = new QThread;
     m_autoBrightness = new CameraAutoBrightnessHelper(calibration, parameters());
@@ -374,21 +384,21 @@ void CameraJustify::startAutoBrightness(CalibrationInterface* calibration)
     m_autoBrightnessThread->start();
 }
 
-void CameraJustify::stopAutoBrightness()
+bool CameraJustify::stopAutoBrightness(int timeoutMs)
 {
     if (m_autoBrightness)
         m_autoBrightness->stop();
-    if (m_autoBrightnessThread) {
-        m_autoBrightnessThread->quit();
-        m_autoBrightnessThread->wait();
-    }
+    if (!m_autoBrightnessThread)
+        return true;
+    m_autoBrightnessThread->quit();
+    return timeoutMs < 0 ? m_autoBrightnessThread->wait() : m_autoBrightnessThread->wait(timeoutMs);
 }
 
 void CameraJustify::finishAutoBrightnessThread()
 {
     if (!m_autoBrightnessThread)
         return;
-    stopAutoBrightness();
+    stopAutoBrightness(-1);
     delete m_autoBrightness;
     m_autoBrightness = nullptr;
     delete m_autoBrightnessThread;

@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QSharedPointer>
 #include <QString>
+#include <QStringList>
 
 #include <dlib/matrix.h>
 
@@ -54,11 +55,14 @@ public:
 
     void backupParameterCollection(bool);
     /// Before any backup this loads an empty text, which changes nothing.
-    void restoreParameterCollection(bool);
+    /// Returns the lines the camera rejected, as loadNodemapSettings.
+    QStringList restoreParameterCollection(bool);
     /// The whole device node map as feature-persistence text.
     QString saveNodemapSettings();
-    /// Applies every valid line; throws naming the first rejected line, if any.
-    void loadNodemapSettings(const QString& settings);
+    /// Applies every line the camera accepts and returns the rejected ones as
+    /// "line N: Feature: reason"; throws when lines were rejected and not one
+    /// was applied (not a settings file, or one of another camera entirely).
+    QStringList loadNodemapSettings(const QString& settings);
     QString getStoredCameraSettings() const;
     void saveToUserSet(QSharedPointer<ParameterCollection::IParameterCollection> parameters);
     void setUserSet(QString name, bool save, bool setAsDefault);
@@ -73,11 +77,16 @@ public:
     /// Hues of red, yellow, green, cyan, blue, magenta, then their saturations.
     void setBC6x2Op(const dlib::matrix<double, 12, 1>& p);
 
-    /// Starts the brightness loop on its own thread, replacing a previous one;
+    /// Starts the brightness loop on its own thread, replacing a previous one
+    /// (throws when that has not ended within kAutoBrightnessStopTimeoutMs);
     /// AutoBrightnessFinished() follows when it ends.
     void startAutoBrightness(CalibrationInterface* calibration);
-    /// Asks a running loop to end after its current round and waits for it.
-    void stopAutoBrightness();
+    /// Asks a running loop to end after its current round and waits for it,
+    /// at most `timeoutMs` (negative: without bound); false when it still runs.
+    /// The loop measures through the session: never wait under its lock.
+    bool stopAutoBrightness(int timeoutMs);
+    /// A round is one grab (at most 5 s) plus a short pause.
+    static constexpr int kAutoBrightnessStopTimeoutMs = 10000;
 
 signals:
     void AutoBrightnessFinished();

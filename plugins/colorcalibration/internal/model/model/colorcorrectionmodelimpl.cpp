@@ -28,14 +28,13 @@
 
 #include <cmath>
 #include <stdexcept>
+#include <utility>
 
 using ParameterCollection::EnumParameterName;
 using ParameterCollection::FloatParameterName;
 using ParameterCollection::IntegerParameterName;
 
 namespace {
-
-using Lock = std::lock_guard<std::recursive_mutex>;
 
 const QVersionNumber kSfnc2(2, 0, 0);
 
@@ -65,10 +64,57 @@ QString patchKey(int index)
     return QString("Patch%1").arg(n < 10 ? QString("0%1").arg(n) : QString("%1").arg(n));
 }
 
+// Share of a grid cell's width and height that a patch sample covers.
+constexpr int kPatchSizePercent = 70;
+
 }  // namespace
 
+// One public operation: holds the session lock and knows whether it came in
+// through the event loop of a grab this same thread is waiting in. The
+// outermost call runs what was queued meanwhile, after releasing the lock.
+class ColorCorrectionModelImpl::Call {
+public:
+    explicit Call(ColorCorrectionModelImpl& session) : m_session(session), m_lock(session.m_mutex)
+    {
+        m_reentered = session.m_grabWaiting;
+        ++session.m_callDepth;
+    }
+    ~Call()
+    {
+        if (--m_session.m_callDepth > 0 || m_session.m_queuedCalls.isEmpty())
+            return;
+        const QVector<std::function<void()>> queued = std::exchange(m_session.m_queuedCalls, {});
+        m_lock.unlock();
+        for (const auto& call : queued)
+            call();
+    }
+    Call(const Call&) = delete;
+    Call& operator=(const Call&) = delete;
+
+    /// True, with a warning, when this call came in during a grab's wait.
+    bool refused(const char* operation) const
+    {
+        if (m_reentered)
+            modellog::warning(QStringLiteral("%1: refused while another operation of the session waits for an image.")
+                                  .arg(QString::fromLatin1(operation)));
+        return m_reentered;
+    }
+    /// Queues `work` instead when this call came in during a grab's wait.
+    bool queued(std::function<void()> work)
+    {
+        if (m_reentered)
+            m_session.m_queuedCalls.append(std::move(work));
+        return m_reentered;
+    }
+
+private:
+    ColorCorrectionModelImpl& m_session;
+    std::unique_lock<std::recursive_mutex> m_lock;
+    bool m_reentered = false;
+};
+
 ColorCorrectionModelImpl::ColorCorrectionModelImpl()
-    : m_engine(new ColorCalibrationV1), m_discriminator(new ChartDiscriminator(70))
+    : m_engine(new ColorCalibrationV1), m_discriminator(new ChartDiscriminator(kPatchSizePercent))
 {
     m_matrix = dlib::identity_matrix<double>(3);
     m_bc6x2 = 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1;
@@ -95,14 +141,14 @@ void ColorCorrectionModelImpl::run()
 void ColorCorrectionModelImpl::injectCameraControlService(
     QSharedPointer<Plugin::CameraPool::ICameraControlService> service)
 {
-    Lock lock(m_mutex);
+    Call call(*this);
     m_controlService = service;
 }
 
 void ColorCorrectionModelImpl::injectCameraStatusService(
     QSharedPointer<Plugin::CameraPool::ICameraStatusService> service)
 {
-    Lock lock(m_mutex);
+    Call call(*this);
     m_statusService = service;
 }
 
@@ -115,7 +161,9 @@ bool ColorCorrectionModelImpl::isCameraOpen()
 
 bool ColorCorrectionModelImpl::Open(QSharedPointer<Plugin::CameraPool::ICameraInfo> cameraInfo)
 {
-    Lock lock(m_mutex);
+    Call call(*this);
+    if (call.refused("Open"))
+        return false;
     try {
         if (!m_controlService)
             throw Core::Exception::BaseException("No camera control service");
@@ -145,8 +193,9 @@ bool ColorCorrectionModelImpl::Open(QSharedPointer<Plugin::CameraPool::ICameraIn
 
         m_result = new CalibrationResult(cameraInfo->identifyingText());
         initializeNodemapConnections();
+        // Kept for the camera object's lifetime (Close leaves it), made once.
         connect(camera.data(), &Plugin::CameraPool::ICamera::cameraConnectionLost, this,
-                &ColorCorrectionModelImpl::onConnectionLost);
+                &ColorCorrectionModelImpl::onConnectionLost, Qt::UniqueConnection);
         restoreLastGridPosition();
         return true;
     } catch (...) {
@@ -176,26 +225,52 @@ void ColorCorrectionModelImpl::deleteCameraObjects()
     m_poolCamera.clear();
 }
 
+void ColorCorrectionModelImpl::forgetMeasurements()
+{
+    m_initialValues.clear();
+    m_currentValues.clear();
+    m_calibrationInput.clear();
+    m_initialImage = Plugin::DataProcessing::CImage();
+    m_lastImage = Plugin::DataProcessing::CImage();
+    m_detectedGain = -1.0;
+    m_detectedExposure = -1.0;
+    // The sampled colours live in the discriminator; only the grid outlasts a session.
+    const CTrapezoid grid = m_discriminator->getGridPosition();
+    delete m_discriminator;
+    m_discriminator = new ChartDiscriminator(kPatchSizePercent);
+    m_discriminator->setGridPosition(grid);
+}
+
 bool ColorCorrectionModelImpl::StopAutoAdjustGray80PercentPatch()
 {
     CameraJustify* justify;
     {
-        Lock lock(m_mutex);
+        Call call(*this);
+        if (call.refused("StopAutoAdjustGray80PercentPatch"))
+            return false;
         justify = m_cameraJustify;
     }
     // Waiting for the worker's last round needs the session lock free: the round
     // measures through this session.
-    if (justify)
-        justify->stopAutoBrightness();
-    return true;
+    if (!justify || justify->stopAutoBrightness(CameraJustify::kAutoBrightnessStopTimeoutMs))
+        return true;
+    modellog::warning(QStringLiteral("StopAutoAdjustGray80PercentPatch: the brightness loop did not end within %1 ms.")
+                          .arg(CameraJustify::kAutoBrightnessStopTimeoutMs));
+    return false;
 }
 
 bool ColorCorrectionModelImpl::Close()
 {
+    {
+        Call call(*this);
+        if (call.queued([this] { Close(); }))
+            return true;
+    }
     StopAutoAdjustGray80PercentPatch();
-    Lock lock(m_mutex);
+    Call call(*this);
     return guarded("Close", "Error: Failed to close camera.", false, [&] {
         storeLastGridPosition();
+        forgetMeasurements();
         if (m_statusService)
             disconnect(m_statusService.data(), &Plugin::CameraPool::ICameraStatusService::cameraConnectionLost, this,
                        nullptr);
@@ -212,8 +287,6 @@ bool ColorCorrectionModelImpl::Close()
             disconnect(m_gainRaw.data(), nullptr, this, nullptr);
         if (m_exposureTime)
             disconnect(m_exposureTime.data(), nullptr, this, nullptr);
-        if (camera)
-            disconnect(camera.data(), nullptr, this, nullptr);
         deleteCameraObjects();
         return true;
     });
@@ -268,11 +341,23 @@ void ColorCorrectionModelImpl::onGainValueChanged(QVariant data)
 
 bool ColorCorrectionModelImpl::GrabImage(Plugin::DataProcessing::CImage& out, bool grabNew)
 {
-    Lock lock(m_mutex);
+    Call call(*this);
+    if (call.refused("GrabImage"))
+        return false;
     return guarded("GrabImage", "Error: Failed to grab image.", false, [&] {
         if (!isCameraOpen())
             return false;
-        if (!m_camera->GrabImage(m_lastImage, grabNew))
+        bool grabbed = false;
+        {
+            // Calls the wait's event loop delivers on this thread see this.
+            m_grabWaiting = true;
+            struct Waited {
+                bool& flag;
+                ~Waited() { flag = false; }
+            } waited{m_grabWaiting};
+            grabbed = m_camera->GrabImage(m_lastImage, grabNew);
+        }
+        if (!grabbed)
             return false;
         if (!m_lastImage.isValid())
             return false;
@@ -286,7 +371,7 @@ bool ColorCorrectionModelImpl::GrabImage(Plugin::DataProcessing::CImage& out, bo
 
 bool ColorCorrectionModelImpl::GrabImage(QImage& image, bool grabNew)
 {
-    Lock lock(m_mutex);
+    Call call(*this);
     Plugin::DataProcessing::CImage grabbed;
     if (!GrabImage(grabbed, grabNew))
         return false;
@@ -296,7 +381,9 @@ bool ColorCorrectionModelImpl::GrabImage(QImage& image, bool grabNew)
 
 bool ColorCorrectionModelImpl::StopGrab()
 {
-    Lock lock(m_mutex);
+    Call call(*this);
+    if (call.queued([this] { StopGrab(); }))
+        return true;
     if (isCameraOpen() && m_camera->isGrabbing())
         m_camera->stopGrabbing();
     return true;
@@ -306,25 +393,27 @@ bool ColorCorrectionModelImpl::StopGrab()
 
 CTrapezoid ColorCorrectionModelImpl::GetGridPosition()
 {
-    Lock lock(m_mutex);
+    Call call(*this);
     return m_discriminator->getGridPosition();
 }
 
 void ColorCorrectionModelImpl::SetGridPositon(const CTrapezoid& grid)
 {
-    Lock lock(m_mutex);
+    Call call(*this);
     m_discriminator->setGridPosition(grid);
 }
 
 void ColorCorrectionModelImpl::GetColorPatchPositions(QVector<CTrapezoid>& positions)
 {
-    Lock lock(m_mutex);
+    Call call(*this);
     m_discriminator->getChartPositions(positions);
 }
 
 int ColorCorrectionModelImpl::GetColorPatchValues(QVector<QColor>& values, bool forceGrab)
 {
-    Lock lock(m_mutex);
+    Call call(*this);
+    if (call.refused("GetColorPatchValues"))
+        return 0;
     if (isCameraOpen() && (!m_camera->isGrabbing() || forceGrab)) {
         Plugin::DataProcessing::CImage ignored;
         GrabImage(ignored, true);
@@ -342,13 +431,13 @@ int ColorCorrectionModelImpl::GetColorPatchValues(QVector<QColor>& values, bool 
 
 void ColorCorrectionModelImpl::GetColorPatchInitialValues(QVector<QColor>& values)
 {
-    Lock lock(m_mutex);
+    Call call(*this);
     values += m_initialValues;
 }
 
 void ColorCorrectionModelImpl::GetColorPatchTargetValues(QVector<QColor>& values)
 {
-    Lock lock(m_mutex);
+    Call call(*this);
     const ColorSpace cs;
     const dlib::matrix<double, 24, 3> target = m_engine->GetTargetChart();
     for (long k = 0; k < 24; ++k)
@@ -358,7 +447,7 @@ void ColorCorrectionModelImpl::GetColorPatchTargetValues(QVector<QColor>& values
 
 void ColorCorrectionModelImpl::GetColorPatchCurrentValues(QVector<QColor>& values)
 {
-    Lock lock(m_mutex);
+    Call call(*this);
     QVector<QColor> fresh;
     m_discriminator->getColorPatchValues(fresh);
     if (!fresh.isEmpty())
@@ -368,14 +457,16 @@ void ColorCorrectionModelImpl::GetColorPatchCurrentValues(QVector<QColor>& value
 
 bool ColorCorrectionModelImpl::GetCameraInitialImage(QImage& image)
 {
-    Lock lock(m_mutex);
+    Call call(*this);
     image = m_initialImage.toQImage();
     return m_initialImage.isValid();
 }
 
 bool ColorCorrectionModelImpl::ApplyInitialCameraImageAndPatchValues()
 {
-    Lock lock(m_mutex);
+    Call call(*this);
+    if (call.refused("ApplyInitialCameraImageAndPatchValues"))
+        return false;
     Plugin::DataProcessing::CImage grabbed;
     if (!GrabImage(grabbed, true) || !grabbed.isValid())
         return false;
@@ -389,7 +480,9 @@ bool ColorCorrectionModelImpl::ApplyInitialCameraImageAndPatchValues()
 
 bool ColorCorrectionModelImpl::ApplyInitialColorPatchValues()
 {
-    Lock lock(m_mutex);
+    Call call(*this);
+    if (call.refused("ApplyInitialColorPatchValues"))
+        return false;
     QVector<QColor> values;
     GetColorPatchValues(values, true);
     m_calibrationInput.clear();
@@ -401,7 +494,7 @@ bool ColorCorrectionModelImpl::ApplyInitialColorPatchValues()
 
 bool ColorCorrectionModelImpl::GetExposureTimeRange(double& min, double& value, double& max)
 {
-    Lock lock(m_mutex);
+    Call call(*this);
     return guarded("GetExposureTimeRange", "Error: Failed to read the exposure time.", false, [&] {
         if (!isCameraOpen() || !m_exposureTime || m_exposureTime->isNull() || !m_exposureTime->isReadable())
             return false;
@@ -414,7 +507,7 @@ bool ColorCorrectionModelImpl::GetExposureTimeRange(double& min, double& value, 
 
 bool ColorCorrectionModelImpl::SetExposureTimeValue(double exposureUs)
 {
-    Lock lock(m_mutex);
+    Call call(*this);
     return guarded("SetExposureTimeValue", "Error: Failed to set the exposure time.", false, [&] {
         if (!isCameraOpen() || !m_exposureTime || m_exposureTime->isNull() || !m_exposureTime->isWritable())
             return false;
@@ -425,7 +518,7 @@ bool ColorCorrectionModelImpl::SetExposureTimeValue(double exposureUs)
 
 double ColorCorrectionModelImpl::GetExposureTimeValue()
 {
-    Lock lock(m_mutex);
+    Call call(*this);
     return guarded("GetExposureTimeValue", "Error: Failed to read the exposure time.", -1.0, [&] {
         if (!isCameraOpen() || !m_exposureTime || m_exposureTime->isNull() || !m_exposureTime->isReadable())
             return -1.0;
@@ -435,7 +528,7 @@ double ColorCorrectionModelImpl::GetExposureTimeValue()
 
 bool ColorCorrectionModelImpl::GetGainRange(double& min, double& value, double& max)
 {
-    Lock lock(m_mutex);
+    Call call(*this);
     return guarded("GetGainRange", "Error: Failed to read the gain.", false, [&] {
         if (!isCameraOpen())
             return false;
@@ -457,7 +550,7 @@ bool ColorCorrectionModelImpl::GetGainRange(double& min, double& value, double& 
 
 bool ColorCorrectionModelImpl::SetGainValue(double gain)
 {
-    Lock lock(m_mutex);
+    Call call(*this);
     return guarded("SetGainValue", "Error: Failed to set the gain.", false, [&] {
         if (!isCameraOpen())
             return false;
@@ -477,7 +570,7 @@ bool ColorCorrectionModelImpl::SetGainValue(double gain)
 
 double ColorCorrectionModelImpl::GetGainValue()
 {
-    Lock lock(m_mutex);
+    Call call(*this);
     return guarded("GetGainValue", "Error: Failed to read the gain.", -1.0, [&] {
         if (!isCameraOpen())
             return -1.0;
@@ -501,7 +594,9 @@ bool ColorCorrectionModelImpl::RestoreDetectedExposureAndGain()
     if (!(m_detectedGain > -1.0 && m_detectedExposure > -1.0))
         return false;
     {
-        Lock lock(m_mutex);
+        Call call(*this);
+        if (call.refused("RestoreDetectedExposureAndGain"))
+            return false;
         if (!m_cameraJustify)
             return false;
         if (!guarded("RestoreDetectedExposureAndGain", "Error: Failed to restore exposure and gain.", false, [&] {
@@ -519,8 +614,20 @@ bool ColorCorrectionModelImpl::RestoreDetectedExposureAndGain()
 
 bool ColorCorrectionModelImpl::AutoAdjustGray80PercentPatch()
 {
-    Lock lock(m_mutex);
+    {
+        Call call(*this);
+        if (call.refused("AutoAdjustGray80PercentPatch"))
+            return false;
+    }
+    // A loop still running needs the session lock for its last round: it is
+    // ended before the lock is taken, and waited for only so long.
+    const bool previousEnded = StopAutoAdjustGray80PercentPatch();
+    Call call(*this);
     return guarded("AutoAdjustGray80PercentPatch", "Autoadjust failed.", false, [&] {
+        if (!previousEnded)
+            throw std::runtime_error("the previous brightness loop is still running");
+        if (!m_cameraJustify)
+            throw std::runtime_error("no camera is open");
         m_cameraJustify->startAutoBrightness(this);
         return true;
     });
@@ -528,7 +635,9 @@ bool ColorCorrectionModelImpl::AutoAdjustGray80PercentPatch()
 
 bool ColorCorrectionModelImpl::ExecuteWhitebalance()
 {
-    Lock lock(m_mutex);
+    Call call(*this);
+    if (call.refused("ExecuteWhitebalance"))
+        return false;
     return guarded("ExecuteWhitebalance", "Whitebalance failed!", false, [&] {
         StopGrab();
         QVector<QColor> values;
@@ -545,7 +654,9 @@ bool ColorCorrectionModelImpl::ExecuteWhitebalance()
 
 bool ColorCorrectionModelImpl::ExecuteCalibrationAndApply()
 {
-    Lock lock(m_mutex);
+    Call call(*this);
+    if (call.refused("ExecuteCalibrationAndApply"))
+        return false;
     return guarded("ExecuteCalibrationAndApply", "Calibration failed.", false, [&] {
         m_currentValues.clear();
         StopGrab();
@@ -575,7 +686,9 @@ bool ColorCorrectionModelImpl::ExecuteCalibrationAndApply()
 
 bool ColorCorrectionModelImpl::ActivateMonoImage()
 {
-    Lock lock(m_mutex);
+    Call call(*this);
+    if (call.refused("ActivateMonoImage"))
+        return false;
     return guarded("ActivateMonoImage", "Error: Failed to activate the mono image.", false, [&] {
         m_cameraJustify->activateMonoImage();
         return true;
@@ -584,7 +697,9 @@ bool ColorCorrectionModelImpl::ActivateMonoImage()
 
 bool ColorCorrectionModelImpl::DisableAutoFunctions()
 {
-    Lock lock(m_mutex);
+    Call call(*this);
+    if (call.refused("DisableAutoFunctions"))
+        return false;
     return guarded("DisableAutoFunctions", "Error: Failed to disable the auto functions.", false, [&] {
         m_cameraJustify->disableAutofunctions();
         return true;
@@ -593,7 +708,9 @@ bool ColorCorrectionModelImpl::DisableAutoFunctions()
 
 bool ColorCorrectionModelImpl::SetNeutralSettings()
 {
-    Lock lock(m_mutex);
+    Call call(*this);
+    if (call.refused("SetNeutralSettings"))
+        return false;
     return guarded("SetNeutralSettings", "Error: Set neutral camera settings failed.", false, [&] {
         if (!isCameraOpen())
             return false;
@@ -613,7 +730,9 @@ bool ColorCorrectionModelImpl::SetNeutralSettings()
 
 bool ColorCorrectionModelImpl::CreateSettingsBackup(bool flag)
 {
-    Lock lock(m_mutex);
+    Call call(*this);
+    if (call.refused("CreateSettingsBackup"))
+        return false;
     return guarded("CreateSettingsBackup", "Error: Backup of camera settings failed.", false, [&] {
         if (!isCameraOpen())
             return false;
@@ -625,33 +744,43 @@ bool ColorCorrectionModelImpl::CreateSettingsBackup(bool flag)
 
 bool ColorCorrectionModelImpl::RestoreSettingsBackup(bool flag)
 {
+    {
+        Call call(*this);
+        if (call.queued([this, flag] { RestoreSettingsBackup(flag); }))
+            return true;
+    }
     // A brightness loop still running would go on changing what is restored.
     StopAutoAdjustGray80PercentPatch();
-    Lock lock(m_mutex);
+    Call call(*this);
     return guarded("RestoreSettingsBackup", "Error: Restore of camera settings failed.", false, [&] {
         if (!isCameraOpen())
             return false;
         StopGrab();
-        m_cameraJustify->restoreParameterCollection(flag);
+        for (const QString& line : m_cameraJustify->restoreParameterCollection(flag))
+            modellog::warning(QStringLiteral("RestoreSettingsBackup: %1").arg(line));
         return true;
     });
 }
 
 bool ColorCorrectionModelImpl::LoadSettings(const QString& settings)
 {
-    Lock lock(m_mutex);
+    Call call(*this);
+    if (call.refused("LoadSettings"))
+        return false;
     return guarded("LoadSettings", "Error: Load settings to camera failed.", false, [&] {
         if (!isCameraOpen())
             return false;
         StopGrab();
-        m_cameraJustify->loadNodemapSettings(settings);
+        // Lines the camera rejects are named one by one; the rest is applied.
+        for (const QString& line : m_cameraJustify->loadNodemapSettings(settings))
+            modellog::warning(QStringLiteral("LoadSettings: %1").arg(line));
         return true;
     });
 }
 
 bool ColorCorrectionModelImpl::LoadSettings(const QFile& file)
 {
-    Lock lock(m_mutex);
+    Call call(*this);
     QTextStream in(const_cast<QFile*>(&file));
     return LoadSettings(in.readAll());
 }
@@ -660,7 +789,9 @@ bool ColorCorrectionModelImpl::LoadSettings(const QFile& file)
 
 bool ColorCorrectionModelImpl::SaveSettingsToFilePath(const QString& path)
 {
-    Lock lock(m_mutex);
+    Call call(*this);
+    if (call.refused("SaveSettingsToFilePath"))
+        return false;
     if (!isCameraOpen() || !m_result)
         return false;
     return m_result->SaveSettingsToFilePath(path);
@@ -668,25 +799,30 @@ bool ColorCorrectionModelImpl::SaveSettingsToFilePath(const QString& path)
 
 bool ColorCorrectionModelImpl::SaveSummaryToFilePath(const QString& path)
 {
-    Lock lock(m_mutex);
+    Call call(*this);
+    if (call.refused("SaveSummaryToFilePath"))
+        return false;
     if (!isCameraOpen() || !m_result)
         return false;
     const QJsonObject document = GetCalibrationsResultsJson();
     return m_result->SaveSummaryToFilePath(path, m_initialImage.toQImage(), m_lastImage.toQImage(), document);
 }
 
-bool ColorCorrectionModelImpl::StoreSettingsInUserSet(const QString& userSet, bool flag)
+bool ColorCorrectionModelImpl::StoreSettingsInUserSet(const QString& userSet, bool setAsDefault)
 {
-    Lock lock(m_mutex);
+    Call call(*this);
+    if (call.refused("StoreSettingsInUserSet"))
+        return false;
     return guarded("StoreSettingsInUserSet", "Store settings in UserSet failed.", false, [&] {
-        m_cameraJustify->setUserSet(userSet, flag, true);
+        // Always saved; the start-up set only when asked.
+        m_cameraJustify->setUserSet(userSet, true, setAsDefault);
         return true;
     });
 }
 
 QJsonObject ColorCorrectionModelImpl::GetAvailableUserSetsJson()
 {
-    Lock lock(m_mutex);
+    Call call(*this);
     return guarded("GetAvailableUserSetsJson", "Get available usersets failed.", QJsonObject(), [&] {
         if (!isCameraOpen())
             return QJsonObject();
@@ -704,7 +840,9 @@ QJsonObject ColorCorrectionModelImpl::GetAvailableUserSetsJson()
 
 QJsonObject ColorCorrectionModelImpl::GetCalibrationsResultsJson()
 {
-    Lock lock(m_mutex);
+    Call call(*this);
+    if (call.refused("GetCalibrationsResultsJson"))
+        return QJsonObject();
     if (!isCameraOpen())
         return QJsonObject();
     QVector<QColor> initial, target, current;

@@ -13,6 +13,7 @@
 
 #include <dlib/matrix.h>
 
+#include <functional>
 #include <mutex>
 
 class CalibrationResult;
@@ -39,6 +40,13 @@ class ICameraStatusService;
 /// for the whole operation, so the wizard and the brightness worker can both
 /// call in. No exception leaves an operation: failures are logged and give
 /// false, -1.0 or an empty object.
+///
+/// A grab waits in a local event loop, which on the GUI thread delivers clicks
+/// while the grabbing operation is still on the stack. Calls arriving that way
+/// are not run inside it: Close, RestoreSettingsBackup (cancel) and StopGrab
+/// are queued, return true and run in order as soon as the running operation
+/// returns; reads and the exposure, gain and grid setters are served; every
+/// other operation is refused (false, 0 or an empty object, with a warning).
 class ColorCorrectionModelImpl : public QThread,
                                  public CameraInterface,
                                  public CalibrationInterface,
@@ -108,6 +116,7 @@ public:
     bool DisableAutoFunctions();
     /// Ends a running brightness loop after its current round and waits for it;
     /// Close and RestoreSettingsBackup do this first. Not from the loop's own thread.
+    /// Gives up with false after CameraJustify::kAutoBrightnessStopTimeoutMs.
     bool StopAutoAdjustGray80PercentPatch();
     /// The grab behind GrabImage(QImage&): the shared image with both pixel buffers.
     bool GrabImage(Plugin::DataProcessing::CImage& image, bool grabNew);
@@ -126,7 +135,9 @@ private slots:
     void onGainValueChanged(QVariant data);
 
 private:
+    class Call;
     bool isCameraOpen();
+    void forgetMeasurements();
     void initializeNodemapConnections();
     void storeLastGridPosition();
     void restoreLastGridPosition();
@@ -156,6 +167,11 @@ private:
     double m_detectedGain = -1.0;
     double m_detectedExposure = -1.0;
     std::recursive_mutex m_mutex;
+    /// Guarded by m_mutex: the nesting of calls holding it, whether a grab is
+    /// waiting in its event loop, and the calls queued meanwhile.
+    int m_callDepth = 0;
+    bool m_grabWaiting = false;
+    QVector<std::function<void()>> m_queuedCalls;
     QSharedPointer<Plugin::CameraPool::ICameraStatusService> m_statusService;
     QSharedPointer<Plugin::CameraPool::ICameraControlService> m_controlService;
     QSharedPointer<Plugin::CameraPool::ICameraInfo> m_cameraInfo;

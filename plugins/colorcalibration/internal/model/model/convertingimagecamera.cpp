@@ -37,6 +37,8 @@ ConvertingImageCamera::ConvertingImageCamera(QObject* parent)
 ConvertingImageCamera::~ConvertingImageCamera()
 {
     detachCamera();
+    // A delivery that converted before the detach may still be announcing its image.
+    std::lock_guard<std::recursive_mutex> announcing(m_signalMutex);
 }
 
 void ConvertingImageCamera::attachCamera(QSharedPointer<ICamera> camera)
@@ -193,12 +195,22 @@ bool ConvertingImageCamera::waitForImage(const QSharedPointer<ICamera>& camera, 
 
 void ConvertingImageCamera::onCameraImageGrabbed(const Kalto::CGrabResultPtr& result)
 {
+    // The signal goes out after the delivery lock is released: a receiver that
+    // calls back into the camera, or waits for a thread that is detaching, must
+    // not find that lock taken.
+    std::lock_guard<std::recursive_mutex> announcing(m_signalMutex);
+    if (convert(result))
+        emit imageGrabbed();
+}
+
+bool ConvertingImageCamera::convert(const Kalto::CGrabResultPtr& result)
+{
     std::lock_guard<std::recursive_mutex> delivery(m_deliveryMutex);
     {
         std::unique_lock<std::recursive_mutex> lock(m_mutex);
         m_singleGrabPending = false;
         if (!result.IsValid() || !result->GrabSucceeded())
-            return;
+            return false;
 
         Kalto::CKaltoImage source;
         source.AttachUserBuffer(const_cast<void*>(result->GetBuffer()), result->GetPayloadSize(),
@@ -212,14 +224,14 @@ void ConvertingImageCamera::onCameraImageGrabbed(const Kalto::CGrabResultPtr& re
             m_rgb16Converter->Convert(rgb16, source);
         } catch (const std::exception&) {
             modellog::warning(QStringLiteral("Failed to convert the rgb16 image"));
-            return;
+            return false;
         }
 
         const int slot = 1 - m_currentIndex;
         CImage image = CImage::ImageFromKaltoImage(rgb16, Kalto::PixelType_RGB16packed);
         if (!image.isValid()) {
             modellog::warning(QStringLiteral("Failed to convert the rgb16 image"));
-            return;
+            return false;
         }
         const size_t bgraRow = Kalto::CKaltoImage::ComputeRowBytes(Kalto::PixelType_BGRA8packed, source.GetWidth());
         m_rgb8Converter->OutputPaddingX = size_t(image.lineOffset()) - bgraRow;
@@ -227,13 +239,13 @@ void ConvertingImageCamera::onCameraImageGrabbed(const Kalto::CGrabResultPtr& re
             m_rgb8Converter->Convert(image.pixelData(), image.sizeBytes(), source);
         } catch (const std::exception&) {
             modellog::warning(QStringLiteral("Failed to convert the rgb8 image"));
-            return;
+            return false;
         }
         m_images[slot] = image;
         m_currentIndex = slot;
         ++m_imageCount;
     }
-    emit imageGrabbed();
+    return true;
 }
 
 void ConvertingImageCamera::onCammeraConnectionLost()

@@ -36,7 +36,8 @@ class ConvertingImageCamera : public QObject {
     Q_OBJECT
 public:
     explicit ConvertingImageCamera(QObject* parent = nullptr);
-    /// Detaches; waits for a conversion still running on the delivery thread.
+    /// Detaches; waits for a conversion still running on the delivery thread
+    /// and for its imageGrabbed() receivers.
     ~ConvertingImageCamera() override;
 
     void attachCamera(QSharedPointer<Plugin::CameraPool::ICamera> camera);
@@ -72,6 +73,8 @@ private:
     /// The camera unless detached or disconnected; taken under the lock, used without it.
     QSharedPointer<Plugin::CameraPool::ICamera> usableCamera();
     bool waitForImage(const QSharedPointer<Plugin::CameraPool::ICamera>& camera, quint64 after, int timeoutMs);
+    /// Converts one result into the spare slot; true when a new image is kept.
+    bool convert(const Kalto::CGrabResultPtr& result);
 
     QSharedPointer<Plugin::CameraPool::ICamera> m_camera;
     std::unique_ptr<Kalto::CImageFormatConverter> m_rgb16Converter;
@@ -90,4 +93,6 @@ private:
     std::recursive_mutex m_mutex;
     /// Held for a whole delivery, so that detaching can wait for one in flight.
     std::recursive_mutex m_deliveryMutex;
+    /// Held while imageGrabbed() goes out, so that destruction waits for it.
+    std::recursive_mutex m_signalMutex;
 };
