@@ -18,11 +18,9 @@ namespace {
 
 }  // namespace
 
-int runAnalyze(const QStringList& input)
+int runAnalyze(const cli::Args& args)
 {
-    QStringList words = input;
-    const QVector<QPoint> gridCorners = cli::takeGrid(words);
-    const cli::Args args(words, {"json", "linear", "srgb"}, {"overlay"});
+    const QVector<QPoint>& gridCorners = args.grid();
     if (args.positional().size() != 1)
         throw cli::Error("expects one IMAGE file", cli::BadInput);
     if (args.flag("linear") && args.flag("srgb"))

@@ -47,6 +47,11 @@ QString plain(QString text)
 
 void progress(const QString& line)
 {
+    // A waiting loop reports the same state again and again; once is enough.
+    static QString last;
+    if (line == last)
+        return;
+    last = line;
     std::fprintf(stderr, "colcal calibrate: %s\n", qPrintable(line));
     std::fflush(stderr);
 }
@@ -204,12 +209,9 @@ QString shown(const QJsonValue& v, int width = 0)
 
 }  // namespace
 
-int runCalibrate(const QStringList& allWords)
+int runCalibrate(const cli::Args& args)
 {
-    QStringList words = allWords;
-    const QVector<QPoint> gridCorners = cli::takeGrid(words);
-    const cli::Args args(words, {"json", "find-chart", "stored-grid", "set-default"},
-                         {"camera", "load-settings", "settings-dir", "report-dir", "user-set", "timeout-s"});
+    const QVector<QPoint>& gridCorners = args.grid();
     if (!args.positional().isEmpty())
         throw cli::Error(QString("unexpected argument \"%1\"").arg(args.positional().first()), cli::BadInput);
     const bool hasGrid = !gridCorners.isEmpty();
