@@ -170,6 +170,14 @@ TEST(CalibrationResult, ParserFollowsSelectors)
     EXPECT_TRUE(wb["Red"].isNull());
     EXPECT_TRUE(wb["Blue"].isNull());
 
+    // Both camera generations' ratio names fill the row.
+    for (const char* feature : {"BalanceRatio", "BalanceRatioAbs", "BalanceRatioRaw"}) {
+        QString text = QString("BalanceRatioSelector\tRed\n%1\t1.5\nBalanceRatioSelector\tBlue\n%1\t2.03\n").arg(feature);
+        const QJsonObject w = r.ParseSettings(text)["WhiteBalance"].toObject();
+        EXPECT_EQ(w["Red"].toString(), "1.5") << feature;
+        EXPECT_EQ(w["Blue"].toString(), "2.03") << feature;
+    }
+
     QString odd = "BalanceRatio\t3\nBalanceRatioSelector\tRed\nBalanceRatioRaw\t64\nBalanceRatio\t1.5\n"
                   "ColorAdjustmentSelector\tOrange\nColorAdjustmentHue\t1\nGammaWithoutTab\n";
     const QJsonObject o = r.ParseSettings(odd);

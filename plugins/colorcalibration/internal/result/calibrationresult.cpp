@@ -180,7 +180,8 @@ QJsonObject CalibrationResult::ParseSettings(QString& settings)
             setLeaf(branch, {"Matrix", transformation}, value);
         else if (name == "BalanceRatioSelector")
             balance = value;
-        else if (name == "BalanceRatio" || name == "BalanceRatioRaw")
+        // Cameras before SFNC 2.0.0 name the ratio BalanceRatioAbs (what CameraJustify writes there).
+        else if (name == "BalanceRatio" || name == "BalanceRatioRaw" || name == "BalanceRatioAbs")
             setLeaf(branch, {"WhiteBalance", balance}, value);
     }
     return branch;
