@@ -191,7 +191,8 @@ TEST_P(ColcalCalibrateCamera, WholeRunReachesTheGoalAndWritesItsFiles)
     ASSERT_TRUE(report.exists()) << o["reportFolder"].toString().toStdString();
     EXPECT_TRUE(report.dirName().startsWith("Calibration_Report_"));
     EXPECT_EQ(report.entryList(QDir::Files, QDir::Name),
-              (QStringList{"calibrated.pfs", "calibrated.png", "calibration_report.html", "original.pfs", "original.png"}));
+              (QStringList{"calibrated.pfs", "calibrated.png", "calibration_report.html", "colour_error.png", "original.pfs",
+                           "original.png", "patches.png"}));
     EXPECT_TRUE(QFile::exists(o["settingsFolder"].toString() + "/Calibrated.pfs"));
 
     // Both camera generations report the ratios they now hold, in the JSON and the report.

@@ -1,7 +1,7 @@
 #include "cli.h"
 #include "commands.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <QSet>
 
 #include <cstdio>
@@ -111,7 +111,8 @@ void messageHandler(QtMsgType type, const QMessageLogContext&, const QString& me
         std::fprintf(stderr, "  log: %s\n", qPrintable(cut < 0 ? message : message.mid(cut + 2)));
         return;
     }
-    if (type == QtDebugMsg && !g_verbose)
+    // Qt's notes about the session environment (XDG_RUNTIME_DIR and so on) are no news to a user.
+    if ((type == QtDebugMsg || message.startsWith("QStandardPaths:")) && !g_verbose)
         return;
     std::fprintf(stderr, "colcal: %s\n", qPrintable(message));
     if (type == QtFatalMsg)
@@ -122,7 +123,13 @@ void messageHandler(QtMsgType type, const QMessageLogContext&, const QString& me
 
 int main(int argc, char** argv)
 {
-    QCoreApplication app(argc, argv);
+    // A GUI application for the fonts of the report's pictures. colcal opens no
+    // window, so it never needs a display, whatever the session's platform.
+    qputenv("QT_QPA_PLATFORM", "minimal:enable_fonts");
+    for (int i = 2; i < argc; ++i)
+        g_verbose = g_verbose || QByteArray(argv[i]) == "--verbose";
+    qInstallMessageHandler(messageHandler);
+    QGuiApplication app(argc, argv);
     // The viewer's settings (the stored grid position per camera) are shared with it.
     QCoreApplication::setOrganizationName("Ostrel");
     QCoreApplication::setApplicationName("KaltoViewer");
@@ -146,8 +153,6 @@ int main(int argc, char** argv)
         cli::print(cli::helpText(it->second.command));
         return cli::Ok;
     }
-    g_verbose = words.contains("--verbose");
-    qInstallMessageHandler(messageHandler);
     try {
         return it->second.run(cli::Args(words, it->second.command));
     } catch (const cli::Error& e) {
