@@ -370,6 +370,9 @@ int runCalibrate(const cli::Args& args)
         run.check(model.ApplyInitialColorPatchValues(), "Couldn't apply <br> initial values.");
         model.GetColorPatchValues(before, false);
         run.check(before.size() == 24, QString("Only %1 of 24 patches could be measured.").arg(before.size()));
+        const QString clipped = clippedWarning(clippedPatches(before));
+        if (!clipped.isEmpty())
+            progress(clipped);
         run.check(model.ExecuteCalibrationAndApply(),
                   warning.isEmpty() ? QString("Calibration process failed.")
                                     : warning + " Calibration process failed.");
@@ -466,6 +469,7 @@ int runCalibrate(const cli::Args& args)
             {"meanDeltaE", QJsonObject{{"before", sums[0] / 24}, {"after", sums[1] / 24}}},
             {"meanDeltaC", QJsonObject{{"before", sums[2] / 24}, {"after", sums[3] / 24}}},
             {"patches", patches},
+            {"clippedPatches", numbersJson(clippedPatches(before))},
             {"whiteBalance", whiteBalance},
             {"matrix", matrix},
             {"bc6x2", bc6x2},
