@@ -28,3 +28,9 @@ if [ "${COLCAL_SKIP_TSAN:-0}" != 1 ]; then
   TSAN_OPTIONS="suppressions=$PWD/tests/tsan.supp:ignore_noninstrumented_modules=1:halt_on_error=1:second_deadlock_stack=1" \
     ctest --test-dir "$tsan" -L threaded --output-on-failure -j2 --repeat until-pass:2
 fi
+
+# The libFuzzer targets, each for a bounded time (60 s; scripts/fuzz.sh tells
+# how to make the longer run).
+if [ "${COLCAL_SKIP_FUZZ:-0}" != 1 ]; then
+  scripts/fuzz.sh
+fi
