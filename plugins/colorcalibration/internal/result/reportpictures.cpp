@@ -135,8 +135,8 @@ ReportPictures::Picture ReportPictures::errors() const
         Group m{"mean " + names[i], {}};
         m.marks << Mark{Mark::Line, QRectF(QPointF(left, yOf(mean[i])), QPointF(left + kPatches * slot, yOf(mean[i]))),
                         colours[i], {}}
-                << Mark{Mark::Rect, QRectF(left + 250 + i * 220, 10, 14, 14), colours[i], names[i]}
-                << Mark{Mark::Text, QRectF(left + 270 + i * 220, 8, 200, 18), QColor(60, 60, 60),
+                << Mark{Mark::Rect, QRectF(left + 200 + i * 300, 10, 14, 14), colours[i], names[i]}
+                << Mark{Mark::Text, QRectF(left + 220 + i * 300, 8, 260, 18), QColor(60, 60, 60),
                         QString("%1, mean %2").arg(i == 0 ? QString("before (camera as found)") : names[i], QString::number(mean[i], 'f', 2))};
         p.groups << m;
     }
