@@ -144,10 +144,12 @@ TEST(ColcalAnalyze, FindsMeasuresAndCalibrates)
 
 // The chart's target colours on a 6 x 4 grid of 100 px cells: 16-bit files
 // hold them linear, 8-bit files sRGB-encoded.
-QImage syntheticChart(bool sixteenBit)
+// `exposure` scales the linear values, clipping at full scale as a sensor does.
+QImage syntheticChart(bool sixteenBit, double exposure = 1.0)
 {
     const ColorSpace cs;
-    const dlib::matrix<double, 24, 3> t = ColorChecker().GetTargetRgb();
+    const dlib::matrix<double, 24, 3> t = dlib::min_pointwise(ColorChecker().GetTargetRgb() * exposure,
+                                                              dlib::uniform_matrix<double>(24, 3, 255.0));
     QImage img(600, 400, sixteenBit ? QImage::Format_RGBX64 : QImage::Format_RGB32);
     img.fill(Qt::black);
     for (int k = 0; k < 24; ++k) {
@@ -236,6 +238,34 @@ TEST(ColcalAnalyze, BadGridsAndOptionsAreRefused)
     const Result none = colcal({"analyze", chart("plantcv_negative_no_chart.jpg")});
     EXPECT_EQ(none.exitCode, 1);
     EXPECT_TRUE(none.err.contains("no chart found")) << none.err.toStdString();
+}
+
+}  // namespace
+
+namespace {
+
+TEST(ColcalAnalyze, OverexposedPatchesAreNamed)
+{
+    QTemporaryDir dir;
+    const QStringList grid = {"--grid", "0", "0", "600", "0", "0", "400", "600", "400"};
+    // The chart as published is nowhere near full scale; 60 % more light
+    // clips white and the brightest colours (yellow, orange) but never the black patch.
+    for (const double exposure : {1.0, 1.6}) {
+        const QString png = dir.filePath("chart.png");
+        ASSERT_TRUE(syntheticChart(false, exposure).save(png));
+        const Result r = colcal(QStringList{"analyze", png, "--json"} + grid);
+        ASSERT_EQ(r.exitCode, 0) << r.err.toStdString();
+        const QJsonArray clipped = json(r)["clippedPatches"].toArray();
+        if (exposure == 1.0) {
+            EXPECT_TRUE(clipped.isEmpty());
+            EXPECT_TRUE(r.err.isEmpty()) << r.err.toStdString();
+        } else {
+            EXPECT_TRUE(clipped.contains(16) && clipped.contains(19) && !clipped.contains(20) && !clipped.contains(24));
+            EXPECT_TRUE(r.err.contains("16 yellow, 19 white are")) << r.err.toStdString();
+            EXPECT_TRUE(r.err.contains("overexposed")) << r.err.toStdString();
+            EXPECT_EQ(r.err.count('\n'), 1) << r.err.toStdString();
+        }
+    }
 }
 
 }  // namespace

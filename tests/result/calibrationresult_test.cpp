@@ -170,6 +170,14 @@ TEST(CalibrationResult, ParserFollowsSelectors)
     EXPECT_TRUE(wb["Red"].isNull());
     EXPECT_TRUE(wb["Blue"].isNull());
 
+    // Both camera generations' ratio names fill the row.
+    for (const char* feature : {"BalanceRatio", "BalanceRatioAbs", "BalanceRatioRaw"}) {
+        QString text = QString("BalanceRatioSelector\tRed\n%1\t1.5\nBalanceRatioSelector\tBlue\n%1\t2.03\n").arg(feature);
+        const QJsonObject w = r.ParseSettings(text)["WhiteBalance"].toObject();
+        EXPECT_EQ(w["Red"].toString(), "1.5") << feature;
+        EXPECT_EQ(w["Blue"].toString(), "2.03") << feature;
+    }
+
     QString odd = "BalanceRatio\t3\nBalanceRatioSelector\tRed\nBalanceRatioRaw\t64\nBalanceRatio\t1.5\n"
                   "ColorAdjustmentSelector\tOrange\nColorAdjustmentHue\t1\nGammaWithoutTab\n";
     const QJsonObject o = r.ParseSettings(odd);
@@ -249,7 +257,7 @@ TEST(CalibrationResult, ReportWritesEveryFileInOrder)
 {
     QTemporaryDir dir;
     FailingResult r("cam", QString());
-    QString before = kSettings, after = "Gamma\t1\n";
+    QString before = kSettings, after = "Gamma\t1\nOstBrightness\t0.030000000000000027\nOstContrast\t1.26953125\n";
     r.SetStoredSettings(before);
     r.SetActualSettings(after);
     QJsonObject results = r.GetResultsJson();
@@ -261,7 +269,7 @@ TEST(CalibrationResult, ReportWritesEveryFileInOrder)
     results.insert("PreciseColors", precise);
     ASSERT_TRUE(r.SaveSummaryToFilePath(dir.path(), testImage(), testImage(), results));
     EXPECT_EQ(r.written, (QStringList{"calibrated.pfs", "original.pfs", "calibration_report.html", "calibrated.png",
-                                      "original.png"}));
+                                      "original.png", "patches.png", "colour_error.png"}));
     const QStringList folders = subfolders(dir.path());
     ASSERT_EQ(folders.size(), 1);
     EXPECT_TRUE(folders[0].startsWith("Calibration_Report_cam_"));
@@ -278,6 +286,16 @@ TEST(CalibrationResult, ReportWritesEveryFileInOrder)
         EXPECT_GT(at, last) << title;
         last = at;
     }
+    for (const char* title : {"Patches", "Colour error"}) {  // the pictures after the tables
+        const int at = page.indexOf(QString("<h2>%1</h2>").arg(title));
+        EXPECT_GT(at, last) << title;
+        last = at;
+    }
+    EXPECT_EQ(page.count("<svg "), 2);
+    // A camera's binary rounding noise is left out; exact binary fractions stay whole.
+    EXPECT_TRUE(page.contains("<td>0.03</td>"));
+    EXPECT_FALSE(page.contains("0.0300000"));
+    EXPECT_TRUE(page.contains("<td>1.26953125</td>"));
     EXPECT_TRUE(page.contains("<td>Current</td>"));
     EXPECT_TRUE(page.contains("R: 255 G: 128 B: 0"));  // target hex colour as text
     EXPECT_TRUE(page.endsWith("</body></html>"));

@@ -8,6 +8,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <cmath>
@@ -190,8 +191,21 @@ TEST_P(ColcalCalibrateCamera, WholeRunReachesTheGoalAndWritesItsFiles)
     ASSERT_TRUE(report.exists()) << o["reportFolder"].toString().toStdString();
     EXPECT_TRUE(report.dirName().startsWith("Calibration_Report_"));
     EXPECT_EQ(report.entryList(QDir::Files, QDir::Name),
-              (QStringList{"calibrated.pfs", "calibrated.png", "calibration_report.html", "original.pfs", "original.png"}));
+              (QStringList{"calibrated.pfs", "calibrated.png", "calibration_report.html", "colour_error.png", "original.pfs",
+                           "original.png", "patches.png"}));
     EXPECT_TRUE(QFile::exists(o["settingsFolder"].toString() + "/Calibrated.pfs"));
+
+    // Both camera generations report the ratios they now hold, in the JSON and the report.
+    const QJsonArray wb = o["whiteBalance"].toArray();
+    ASSERT_EQ(wb.size(), 3);
+    for (const auto& ratio : wb)
+        EXPECT_TRUE(ratio.isDouble() && ratio.toDouble() > 0.5 && ratio.toDouble() < 4.0) << r.out.toStdString();
+    QFile html(report.filePath("calibration_report.html"));
+    ASSERT_TRUE(html.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(html.readAll());
+    const QString section = text.section("White Balance</h2>", 1).section("</table>", 0, 0);
+    const QRegularExpression current("<tr><td>Current</td><td>([0-9.]+)</td><td>([0-9.]+)</td><td>([0-9.]+)</td></tr>");
+    EXPECT_TRUE(current.match(section).hasMatch()) << section.toStdString();
 }
 
 INSTANTIATE_TEST_SUITE_P(EmulatedCameras, ColcalCalibrateCamera, ::testing::Values("emu-cmed-0", "emu-custom-1"),

@@ -206,3 +206,59 @@ TEST(ColcalCli, ImageDeclaringTooManyPixelsIsRefusedFromItsHeader)
 }
 
 }  // namespace
+
+namespace {
+
+// Every subcommand with the options its README line and help promise.
+TEST(ColcalCli, EverySubcommandExplainsItselfAndNamesUnknownOptions)
+{
+    struct Row {
+        QString name;
+        QStringList options;
+    };
+    const Row rows[] = {
+        {"calibrate", {"--camera ID", "--grid x1 y1 x2 y2 x3 y3 x4 y4", "--find-chart", "--stored-grid",
+                       "--load-settings FILE", "--settings-dir DIR", "--report-dir DIR", "--user-set NAME",
+                       "--set-default", "--timeout-s SECONDS", "--json"}},
+        {"cameras", {"--json"}},
+        {"grab", {"--camera ID", "--out FRAME.png", "--timeout-ms MS", "--json"}},
+        {"settings", {"--camera ID", "--user-set NAME", "--json"}},
+        {"delta-e", {"--json"}},
+        {"engine", {"--json"}},
+        {"analyze", {"--grid x1 y1 x2 y2 x3 y3 x4 y4", "--linear", "--srgb", "--overlay OUT.png", "--json"}},
+        {"find-chart", {"--overlay OUT.png", "--json"}},
+    };
+    const Result top = colcal({"--help"});
+    EXPECT_EQ(top.exitCode, 0);
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name.toStdString());
+        EXPECT_TRUE(top.out.contains("\n  " + row.name + " ")) << top.out.toStdString();
+
+        for (const QString& help : {QString("--help"), QString("-h")}) {
+            const Result r = colcal({row.name, help});
+            EXPECT_EQ(r.exitCode, 0);
+            EXPECT_TRUE(r.err.isEmpty()) << r.err.toStdString();
+            EXPECT_TRUE(r.out.startsWith("usage: colcal " + row.name)) << r.out.toStdString();
+            for (const QString& option : row.options + QStringList{"--verbose", "--help"})
+                EXPECT_TRUE(r.out.contains("\n  " + option + " ")) << option.toStdString() << "\n" << r.out.toStdString();
+            const QString example = r.out.section("example", 1).section('\n', 1, 1);
+            EXPECT_TRUE(example.startsWith("  colcal " + row.name + " ") || example.contains("| colcal " + row.name))
+                << r.out.toStdString();
+        }
+
+        // Rejected before anything is opened or read, naming the word.
+        const Result bad = colcal({row.name, "--no-such-option", "x"});
+        EXPECT_EQ(bad.exitCode, 2);
+        EXPECT_TRUE(bad.out.isEmpty());
+        EXPECT_EQ(bad.err, QString("colcal %1: unknown option --no-such-option (see colcal %1 --help)\n").arg(row.name));
+    }
+    const Result version = colcal({"--version"});
+    EXPECT_EQ(version.exitCode, 0);
+    EXPECT_TRUE(version.out.startsWith("colcal ") && version.out.count('.') == 2) << version.out.toStdString();
+    const Result none = colcal({});
+    EXPECT_EQ(none.exitCode, 2);
+    EXPECT_TRUE(none.out.isEmpty());
+    EXPECT_TRUE(none.err.startsWith("usage: colcal COMMAND"));
+}
+
+}  // namespace

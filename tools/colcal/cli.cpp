@@ -1,5 +1,6 @@
 #include "cli.h"
 
+#include <QCommandLineParser>
 #include <QFile>
 #include <QJsonDocument>
 #include <QTextStream>
@@ -7,6 +8,7 @@
 #include <QPoint>
 #include <QVector>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
@@ -17,24 +19,42 @@ Error::Error(const QString& message, int exitCode)
 {
 }
 
-Args::Args(const QStringList& words, const QStringList& flags, const QStringList& valued)
+Args::Args(const QStringList& input, const Command& command)
 {
-    for (int i = 0; i < words.size(); ++i) {
-        const QString& w = words[i];
-        if (!w.startsWith("--")) {
-            m_positional << w;
+    QStringList words = input;
+    const bool takesGrid = std::any_of(command.options.begin(), command.options.end(),
+                                       [](const Option& o) { return o.name == "grid"; });
+    if (takesGrid)
+        m_grid = takeGrid(words);
+
+    QCommandLineParser parser;
+    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+    QStringList valued;
+    for (const Option& o : command.options) {
+        if (o.name == "grid")
             continue;
-        }
-        const QString name = w.mid(2);
-        if (valued.contains(name)) {
-            if (i + 1 >= words.size())
-                throw Error(QString("option %1 needs a value").arg(w), BadInput);
-            m_valuedNames << name;
-            m_values << words[++i];
-        } else if (flags.contains(name)) {
+        parser.addOption(QCommandLineOption(o.name, o.description, o.valueName));
+        if (!o.valueName.isEmpty())
+            valued << o.name;
+    }
+    parser.addOption(QCommandLineOption("verbose"));
+    if (!parser.parse(QStringList("colcal") + words)) {
+        const QStringList unknown = parser.unknownOptionNames();
+        if (!unknown.isEmpty())
+            throw Error(QString("unknown option %1 (see colcal %2 --help)").arg("--" + unknown.first(), command.name),
+                        BadInput);
+        for (const QString& name : valued)
+            if (parser.errorText().contains("'--" + name + "'"))
+                throw Error(QString("option --%1 needs a value").arg(name), BadInput);
+        throw Error(parser.errorText(), BadInput);
+    }
+    m_positional = parser.positionalArguments();
+    for (const QString& name : parser.optionNames()) {
+        if (!valued.contains(name)) {
             m_flags << name;
-        } else {
-            throw Error(QString("unknown option %1").arg(w), BadInput);
+        } else if (!m_valuedNames.contains(name)) {
+            m_valuedNames << name;
+            m_values << parser.value(name);
         }
     }
 }
@@ -46,8 +66,30 @@ bool Args::has(const QString& name) const
 
 QString Args::value(const QString& name, const QString& fallback) const
 {
-    const int i = m_valuedNames.lastIndexOf(name);
+    const int i = m_valuedNames.indexOf(name);
     return i < 0 ? fallback : m_values[i];
+}
+
+QString helpText(const Command& command)
+{
+    QString text = QString("usage: colcal %1%2%3\n\n%4\n\noptions:\n")
+                       .arg(command.name, command.options.isEmpty() ? QString() : QString(" [OPTIONS]"),
+                            command.arguments.isEmpty() ? QString() : " " + command.arguments, command.summary);
+    QVector<Option> all = command.options;
+    all << Option{"verbose", {}, "also print the calibration's internal log lines (each once)"}
+        << Option{"help", {}, "this text"};
+    int width = 0;
+    for (const Option& o : all)
+        width = std::max(width, int(o.name.size() + (o.valueName.isEmpty() ? 0 : o.valueName.size() + 1)));
+    for (const Option& o : all) {
+        const QString head = o.valueName.isEmpty() ? o.name : o.name + " " + o.valueName;
+        text += QString("  --%1  %2\n").arg(head, -width).arg(o.description);
+    }
+    text += command.examples.size() > 1 ? "\nexamples:\n" : "\nexample:\n";
+    for (const QString& e : command.examples)
+        text += "  " + e + "\n";
+    text += "\nFILE \"-\" reads standard input. Exit codes: 0 ok, 1 failed, 2 bad input, 3 engine error, 130 interrupted.\n";
+    return text;
 }
 
 std::vector<std::vector<double>> readNumberRows(const QString& path, int columns, int rows,

@@ -26,21 +26,44 @@ private:
     int m_exitCode;
 };
 
-/// Command-line words after the subcommand: positionals, `--flag` and `--option value`.
+/// One option of a subcommand; an empty `valueName` makes it a flag.
+struct Option {
+    QString name;
+    QString valueName;
+    QString description;
+};
+
+/// What `colcal NAME --help` explains and what its words may hold.
+struct Command {
+    QString name;
+    QString arguments;  ///< the positional words, as the usage line shows them
+    QString summary;
+    QVector<Option> options;
+    QStringList examples;
+};
+
+/// `colcal NAME --help`: usage line, summary, every option, examples.
+QString helpText(const Command& command);
+
+/// Command-line words after the subcommand: positionals, `--flag`, `--option value`
+/// and "--grid" with its eight numbers, as `command` declares them; anything
+/// else is refused (BadInput) naming the word.
 class Args {
 public:
-    /// `valued` lists the options that take a value; any other `--name` is a flag.
-    Args(const QStringList& words, const QStringList& flags, const QStringList& valued);
+    Args(const QStringList& words, const Command& command);
     const QStringList& positional() const { return m_positional; }
     bool flag(const QString& name) const { return m_flags.contains(name); }
     bool has(const QString& name) const;
     QString value(const QString& name, const QString& fallback = QString()) const;
+    /// The "--grid" corners, empty without --grid.
+    const QVector<QPoint>& grid() const { return m_grid; }
 
 private:
     QStringList m_positional;
     QStringList m_flags;
     QStringList m_valuedNames;
     QStringList m_values;
+    QVector<QPoint> m_grid;
 };
 
 /// Rows of comma-separated numbers from `path` ("-" reads stdin); lines starting

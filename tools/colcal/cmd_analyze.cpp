@@ -12,17 +12,16 @@
 #include <QJsonArray>
 
 #include <cmath>
+#include <cstdio>
 
 namespace {
 
 
 }  // namespace
 
-int runAnalyze(const QStringList& input)
+int runAnalyze(const cli::Args& args)
 {
-    QStringList words = input;
-    const QVector<QPoint> gridCorners = cli::takeGrid(words);
-    const cli::Args args(words, {"json", "linear", "srgb"}, {"overlay"});
+    const QVector<QPoint>& gridCorners = args.grid();
     if (args.positional().size() != 1)
         throw cli::Error("expects one IMAGE file", cli::BadInput);
     if (args.flag("linear") && args.flag("srgb"))
@@ -54,6 +53,10 @@ int runAnalyze(const QStringList& input)
         throw cli::Error(QString("%1: only %2 of 24 patches are large enough to measure").arg(path).arg(colours.size()),
                          cli::Failed);
 
+    const QVector<int> clipped = clippedPatches(colours);
+    if (!clipped.isEmpty())
+        std::fprintf(stderr, "colcal analyze: %s\n", qPrintable(clippedWarning(clipped)));
+
     const ColorSpace cs;
     dlib::matrix<double, 24, 3> measured;
     QJsonArray patches;
@@ -76,6 +79,7 @@ int runAnalyze(const QStringList& input)
         QJsonObject out = engineReportJson(engine);
         out.insert("corners", ChartReport::cornersJson(grid));
         out.insert("patches", patches);
+        out.insert("clippedPatches", numbersJson(clipped));
         cli::printJson(out);
     } else {
         QString text = QString("%1: grid %2\nmeasured patches (linear RGB, 0..255):\n")

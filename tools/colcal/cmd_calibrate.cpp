@@ -47,6 +47,11 @@ QString plain(QString text)
 
 void progress(const QString& line)
 {
+    // A waiting loop reports the same state again and again; once is enough.
+    static QString last;
+    if (line == last)
+        return;
+    last = line;
     std::fprintf(stderr, "colcal calibrate: %s\n", qPrintable(line));
     std::fflush(stderr);
 }
@@ -204,12 +209,9 @@ QString shown(const QJsonValue& v, int width = 0)
 
 }  // namespace
 
-int runCalibrate(const QStringList& allWords)
+int runCalibrate(const cli::Args& args)
 {
-    QStringList words = allWords;
-    const QVector<QPoint> gridCorners = cli::takeGrid(words);
-    const cli::Args args(words, {"json", "find-chart", "stored-grid", "set-default"},
-                         {"camera", "load-settings", "settings-dir", "report-dir", "user-set", "timeout-s"});
+    const QVector<QPoint>& gridCorners = args.grid();
     if (!args.positional().isEmpty())
         throw cli::Error(QString("unexpected argument \"%1\"").arg(args.positional().first()), cli::BadInput);
     const bool hasGrid = !gridCorners.isEmpty();
@@ -368,6 +370,9 @@ int runCalibrate(const QStringList& allWords)
         run.check(model.ApplyInitialColorPatchValues(), "Couldn't apply <br> initial values.");
         model.GetColorPatchValues(before, false);
         run.check(before.size() == 24, QString("Only %1 of 24 patches could be measured.").arg(before.size()));
+        const QString clipped = clippedWarning(clippedPatches(before));
+        if (!clipped.isEmpty())
+            progress(clipped);
         run.check(model.ExecuteCalibrationAndApply(),
                   warning.isEmpty() ? QString("Calibration process failed.")
                                     : warning + " Calibration process failed.");
@@ -464,6 +469,7 @@ int runCalibrate(const QStringList& allWords)
             {"meanDeltaE", QJsonObject{{"before", sums[0] / 24}, {"after", sums[1] / 24}}},
             {"meanDeltaC", QJsonObject{{"before", sums[2] / 24}, {"after", sums[3] / 24}}},
             {"patches", patches},
+            {"clippedPatches", numbersJson(clippedPatches(before))},
             {"whiteBalance", whiteBalance},
             {"matrix", matrix},
             {"bc6x2", bc6x2},

@@ -19,9 +19,8 @@ int integerFeature(Kalto::CNodeMap& map, const char* name)
 
 }  // namespace
 
-int runCameras(const QStringList& words)
+int runCameras(const cli::Args& args)
 {
-    const cli::Args args(words, {"json"}, {});
     if (!args.positional().isEmpty())
         throw cli::Error("takes no arguments", cli::BadInput);
     QJsonArray cameras;

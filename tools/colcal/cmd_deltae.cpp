@@ -5,9 +5,8 @@
 
 #include <QJsonArray>
 
-int runDeltaE(const QStringList& words)
+int runDeltaE(const cli::Args& args)
 {
-    const cli::Args args(words, {"json"}, {});
     if (args.positional().size() != 1)
         throw cli::Error("expects one FILE (\"-\" for stdin)", cli::BadInput);
 

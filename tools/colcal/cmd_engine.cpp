@@ -4,9 +4,8 @@
 
 #include "colorcalibrationv1.h"
 
-int runEngineCommand(const QStringList& words)
+int runEngineCommand(const cli::Args& args)
 {
-    const cli::Args args(words, {"json"}, {});
     if (args.positional().size() != 1)
         throw cli::Error("expects one FILE of 24 R,G,B rows (\"-\" for stdin)", cli::BadInput);
 

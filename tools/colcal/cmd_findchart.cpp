@@ -9,9 +9,8 @@
 #include <QElapsedTimer>
 #include <QJsonArray>
 
-int runFindChart(const QStringList& words)
+int runFindChart(const cli::Args& args)
 {
-    const cli::Args args(words, {"json"}, {"overlay"});
     if (args.positional().size() != 1)
         throw cli::Error("expects one IMAGE file", cli::BadInput);
     const QString path = args.positional().first();

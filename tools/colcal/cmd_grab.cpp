@@ -15,9 +15,8 @@
 #include <condition_variable>
 #include <mutex>
 
-int runGrab(const QStringList& words)
+int runGrab(const cli::Args& args)
 {
-    const cli::Args args(words, {"json"}, {"camera", "out", "timeout-ms"});
     if (!args.positional().isEmpty() || !args.has("out"))
         throw cli::Error("usage: grab [--camera ID] --out FRAME.png", cli::BadInput);
     const QString id = args.value("camera", "emu-cmed-0");

@@ -52,9 +52,8 @@ int load(const std::shared_ptr<Kalto::IDevice>& device, const QString& path, con
 
 }  // namespace
 
-int runSettings(const QStringList& words)
+int runSettings(const cli::Args& args)
 {
-    const cli::Args args(words, {"json"}, {"camera", "user-set"});
     const QStringList& pos = args.positional();
     if (pos.size() != 2 || (pos[0] != "save" && pos[0] != "load"))
         throw cli::Error("usage: settings save|load [--camera ID] FILE", cli::BadInput);

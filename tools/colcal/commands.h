@@ -1,14 +1,14 @@
 #pragma once
 
-#include <QStringList>
+#include "cli.h"
 
-// Each subcommand takes the words after its name and returns the exit code;
-// bad input is thrown as cli::Error.
-int runDeltaE(const QStringList& args);
-int runEngineCommand(const QStringList& args);
-int runFindChart(const QStringList& args);
-int runAnalyze(const QStringList& args);
-int runCameras(const QStringList& args);
-int runGrab(const QStringList& args);
-int runSettings(const QStringList& args);
-int runCalibrate(const QStringList& args);
+// Each subcommand takes its parsed words and returns the exit code; bad input
+// is thrown as cli::Error.
+int runDeltaE(const cli::Args& args);
+int runEngineCommand(const cli::Args& args);
+int runFindChart(const cli::Args& args);
+int runAnalyze(const cli::Args& args);
+int runCameras(const cli::Args& args);
+int runGrab(const cli::Args& args);
+int runSettings(const cli::Args& args);
+int runCalibrate(const cli::Args& args);

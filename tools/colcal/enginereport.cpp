@@ -1,5 +1,9 @@
 #include "enginereport.h"
 
+#include <QStringList>
+
+#include <algorithm>
+
 #include "cli.h"
 #include "colorcalibrationv1.h"
 
@@ -160,4 +164,33 @@ QString engineReportTable(ColorCalibrationV1& engine)
              .arg(engine.GetError(COLORCALIBRATION_STEP_ORIGINAL, true, false), 10, 'f', 2)
              .arg(engine.GetError(COLORCALIBRATION_STEP_BC6X2, true, true), 9, 'f', 2);
     return t;
+}
+
+QVector<int> clippedPatches(const QVector<QColor>& measured)
+{
+    QVector<int> out;
+    for (int k = 0; k < measured.size(); ++k)
+        if (std::max({measured[k].red(), measured[k].green(), measured[k].blue()}) >= 250)
+            out << k + 1;
+    return out;
+}
+
+QString clippedWarning(const QVector<int>& patches)
+{
+    if (patches.isEmpty())
+        return QString();
+    QStringList named;
+    for (int p : patches)
+        named << QString("%1 %2").arg(p).arg(patchName(p - 1));
+    return QString("warning: patch%1 %2 at or near full scale (overexposed); the fit will suffer, reduce the "
+                   "exposure or the light")
+        .arg(patches.size() > 1 ? "es" : "", named.join(", ") + (patches.size() > 1 ? " are" : " is"));
+}
+
+QJsonArray numbersJson(const QVector<int>& numbers)
+{
+    QJsonArray out;
+    for (int n : numbers)
+        out.append(n);
+    return out;
 }

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <QColor>
+#include <QJsonArray>
 #include <QJsonObject>
+#include <QVector>
 #include <QString>
 
 #include <dlib/matrix.h>
@@ -24,3 +27,11 @@ QString engineReportTable(ColorCalibrationV1& engine);
 
 /// Common names of the chart's patches, in chart order.
 const char* patchName(int patch);
+
+/// Patches (1-based) that a measurement shows at or near full scale in any
+/// channel (250 of 255 and above): overexposed, their true colour unknown.
+QVector<int> clippedPatches(const QVector<QColor>& measured);
+/// One line naming those patches and what it means for the fit; empty when none.
+QString clippedWarning(const QVector<int>& patches);
+/// Whole numbers as a JSON array.
+QJsonArray numbersJson(const QVector<int>& numbers);

@@ -1,5 +1,7 @@
 #include "calibrationresult.h"
 
+#include "reportpictures.h"
+
 #include "core/savefile.h"
 
 #include <QBuffer>
@@ -10,6 +12,8 @@
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QRegularExpression>
+
+#include <cmath>
 
 static void initResources()
 {
@@ -89,8 +93,16 @@ QJsonValue descend(const QJsonValue& value, const QStringList& path)
 
 QString cellText(const QJsonValue& v)
 {
-    if (v.isString())
+    if (v.isString()) {
+        // A camera that rounds to binary steps reports 0.03 as 0.030000000000000027;
+        // fifteen significant digits give back the value as it was meant.
+        static const QRegularExpression noisy("^-?\\d*\\.\\d{16,}$");
+        bool ok = false;
+        const double d = v.toString().toDouble(&ok);
+        if (ok && std::isfinite(d) && noisy.match(v.toString()).hasMatch())
+            return QString::number(d, 'g', 15);
         return v.toString().toHtmlEscaped();
+    }
     if (v.isDouble())
         return QString::number(v.toDouble());
     if (v.isBool())
@@ -180,7 +192,8 @@ QJsonObject CalibrationResult::ParseSettings(QString& settings)
             setLeaf(branch, {"Matrix", transformation}, value);
         else if (name == "BalanceRatioSelector")
             balance = value;
-        else if (name == "BalanceRatio" || name == "BalanceRatioRaw")
+        // Cameras before SFNC 2.0.0 name the ratio BalanceRatioAbs (what CameraJustify writes there).
+        else if (name == "BalanceRatio" || name == "BalanceRatioRaw" || name == "BalanceRatioAbs")
             setLeaf(branch, {"WhiteBalance", balance}, value);
     }
     return branch;
@@ -310,8 +323,12 @@ bool CalibrationResult::SaveSummaryToFilePath(const QString& path, const QImage&
     QString page = html.join("\n");
     if (!CreateTextFile(folder, "calibration_report.html", page))
         return false;
-    return CreateImageFile(folder, "calibrated.png", calibrated) &&
-           CreateImageFile(folder, "original.png", original);
+    if (!CreateImageFile(folder, "calibrated.png", calibrated) || !CreateImageFile(folder, "original.png", original))
+        return false;
+    // The report's pictures also as files of their own, for slides and mails.
+    const ReportPictures pictures(results.value("PreciseColors").toObject());
+    return !pictures.isValid() || (CreateImageFile(folder, "patches.png", pictures.patchesImage()) &&
+                                   CreateImageFile(folder, "colour_error.png", pictures.errorImage()));
 }
 
 void CalibrationResult::GenerateSummary(QStringList& html, QJsonObject results)
@@ -345,6 +362,15 @@ void CalibrationResult::GenerateSummary(QStringList& html, QJsonObject results)
                         "</br></div>";
         else
             BuildHTMLTable(html, "Original,Calibrated", branches, key, false);
+    }
+    // After the tables, what a person would rather look at; inline SVG keeps the report one file.
+    const ReportPictures pictures(results.value("PreciseColors").toObject());
+    if (pictures.isValid()) {
+        for (const auto& [title, picture] : {std::pair<QString, QString>{tr("Patches"), pictures.patchesSvg()},
+                                             std::pair<QString, QString>{tr("Colour error"), pictures.errorSvg()}})
+            html << QString("<br/><div class=\"subtitle\"><h2>%1</h2></div><div class=\"separator\"></div>")
+                        .arg(title.toHtmlEscaped())
+                 << "<div class=\"info-text\">" + picture + "</div>";
     }
     html << QString("</div><div class=\"row\"><img src=\"data:image/png;base64,") +
                 GetBase64OfImage(":/ColCal/resources/logo_s.png") +

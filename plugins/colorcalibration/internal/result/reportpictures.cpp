@@ -1,0 +1,226 @@
+#include "reportpictures.h"
+
+#include "colorchecker.h"
+#include "original.h"
+
+#include <QGuiApplication>
+#include <QPainter>
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+namespace {
+
+constexpr int kPatches = 24;
+
+// "R: 0.1234 G: 0.5 B: 1.0000" (channels 0..1, as the session writes them) or "#rrggbb".
+bool parseColour(const QJsonValue& value, QColor& colour)
+{
+    static const QRegularExpression rgb("^R: ([-0-9.]+) G: ([-0-9.]+) B: ([-0-9.]+)$");
+    static const QRegularExpression hex("^#[0-9A-Fa-f]{6}$");
+    if (hex.match(value.toString()).hasMatch()) {
+        colour = QColor(value.toString());
+        return true;
+    }
+    const QRegularExpressionMatch m = rgb.match(value.toString());
+    if (!m.hasMatch())
+        return false;
+    double c[3];
+    for (int i = 0; i < 3; ++i)
+        c[i] = std::clamp(m.captured(i + 1).toDouble(), 0.0, 1.0);
+    colour = QColor::fromRgbF(c[0], c[1], c[2]);
+    return true;
+}
+
+QString number(double v)
+{
+    return QString::number(v, 'f', 1);
+}
+
+}  // namespace
+
+ReportPictures::ReportPictures(const QJsonObject& preciseColors)
+{
+    for (int k = 0; k < kPatches; ++k) {
+        const QJsonObject p = preciseColors.value(QString("Patch%1").arg(k + 1, 2, 10, QChar('0'))).toObject();
+        QColor t, i, c;
+        if (!parseColour(p.value("Target"), t) || !parseColour(p.value("Initial"), i) ||
+            !parseColour(p.value("Current"), c))
+            return;
+        m_target << t;
+        m_initial << i;
+        m_current << c;
+        m_after << p.value("DeltaE").toString().toDouble();
+    }
+    // The error before is scored as the session scores the camera's first
+    // measurement: the engine's uncorrected step on the initial colours.
+    ColorChecker checker;
+    Original uncorrected(&checker, 1.0);
+    dlib::matrix<double, 24, 3> chart;
+    for (long k = 0; k < kPatches; ++k) {
+        chart(k, 0) = m_initial[k].redF() * 255.0;
+        chart(k, 1) = m_initial[k].greenF() * 255.0;
+        chart(k, 2) = m_initial[k].blueF() * 255.0;
+    }
+    uncorrected.SetInputChart(chart);
+    uncorrected.SetOutputChart(chart);
+    for (int k = 0; k < kPatches; ++k)
+        m_before << uncorrected.GetError(k, false, false);
+    m_valid = true;
+}
+
+ReportPictures::Picture ReportPictures::patches() const
+{
+    // Six columns of four rows as the chart hangs; each patch: target on top,
+    // before and after side by side below, as swatch charts compare them.
+    constexpr int cell = 130, gap = 12, margin = 20, legend = 30;
+    Picture p{QSize(2 * margin + 6 * cell + 5 * gap, 2 * margin + legend + 4 * (cell + 18) + 3 * gap), "Patches", {}};
+    Group key{"legend", {}};
+    key.marks << Mark{Mark::Text, QRectF(margin, margin, 600, 20), QColor(60, 60, 60),
+                      "Each patch: target (top), before (bottom left), after (bottom right)"};
+    p.groups << key;
+    for (int k = 0; k < kPatches; ++k) {
+        const double x = margin + (k % 6) * (cell + gap);
+        const double y = margin + legend + (k / 6) * (cell + 18 + gap);
+        Group g{"patch", {}};
+        g.marks << Mark{Mark::Rect, QRectF(x, y, cell, cell / 2.0), m_target[k], "target"}
+                << Mark{Mark::Rect, QRectF(x, y + cell / 2.0, cell / 2.0, cell / 2.0), m_initial[k], "before"}
+                << Mark{Mark::Rect, QRectF(x + cell / 2.0, y + cell / 2.0, cell / 2.0, cell / 2.0), m_current[k], "after"}
+                << Mark{Mark::Text, QRectF(x, y + cell + 2, cell, 16), QColor(60, 60, 60),
+                        QString("%1  dE %2 / %3").arg(k + 1).arg(number(m_before[k]), number(m_after[k]))};
+        p.groups << g;
+    }
+    return p;
+}
+
+ReportPictures::Picture ReportPictures::errors() const
+{
+    constexpr int left = 50, top = 40, plotH = 260, slot = 36, bar = 14, bottom = 40;
+    const double mean[2] = {std::accumulate(m_before.begin(), m_before.end(), 0.0) / kPatches,
+                            std::accumulate(m_after.begin(), m_after.end(), 0.0) / kPatches};
+    const double highest = std::max(*std::max_element(m_before.begin(), m_before.end()),
+                                    *std::max_element(m_after.begin(), m_after.end()));
+    // The axis ends at the next multiple of 5 so the grid lines have round values.
+    const double axis = std::max(5.0, std::ceil(highest / 5.0) * 5.0);
+    const auto yOf = [&](double v) { return top + plotH * (1.0 - v / axis); };
+    const QColor colours[2] = {QColor(170, 170, 170), QColor(20, 72, 126)};
+    const QString names[2] = {"before", "after"};
+    Picture p{QSize(left + kPatches * slot + 20, top + plotH + bottom), "Colour error", {}};
+
+    Group axes{"axes", {}};
+    for (double v = 0; v <= axis + 1e-9; v += 5) {
+        axes.marks << Mark{Mark::Line, QRectF(QPointF(left, yOf(v)), QPointF(left + kPatches * slot, yOf(v))),
+                           QColor(220, 220, 220), {}}
+                   << Mark{Mark::Text, QRectF(0, yOf(v) - 8, left - 6, 16), QColor(90, 90, 90), QString::number(v)};
+    }
+    axes.marks << Mark{Mark::Text, QRectF(0, 8, 300, 20), QColor(60, 60, 60), "dE00 per patch"};
+    p.groups << axes;
+    for (int k = 0; k < kPatches; ++k) {
+        const double x = left + k * slot + (slot - 2 * bar) / 2.0;
+        const double v[2] = {m_before[k], m_after[k]};
+        for (int i = 0; i < 2; ++i) {
+            Group g{"bar " + names[i], {}};
+            g.marks << Mark{Mark::Rect, QRectF(QPointF(x + i * bar, yOf(v[i])), QPointF(x + (i + 1) * bar, yOf(0))),
+                            colours[i], QString("patch %1 %2: %3").arg(k + 1).arg(names[i], number(v[i]))};
+            p.groups << g;
+        }
+        Group label{"label", {}};
+        label.marks << Mark{Mark::Text, QRectF(left + k * slot, yOf(0) + 4, slot, 16), QColor(90, 90, 90),
+                            QString::number(k + 1)};
+        p.groups << label;
+    }
+    for (int i = 0; i < 2; ++i) {
+        Group m{"mean " + names[i], {}};
+        m.marks << Mark{Mark::Line, QRectF(QPointF(left, yOf(mean[i])), QPointF(left + kPatches * slot, yOf(mean[i]))),
+                        colours[i], {}}
+                << Mark{Mark::Rect, QRectF(left + 200 + i * 300, 10, 14, 14), colours[i], names[i]}
+                << Mark{Mark::Text, QRectF(left + 220 + i * 300, 8, 260, 18), QColor(60, 60, 60),
+                        QString("%1, mean %2").arg(i == 0 ? QString("before (camera as found)") : names[i], QString::number(mean[i], 'f', 2))};
+        p.groups << m;
+    }
+    return p;
+}
+
+QString ReportPictures::svg(const Picture& picture)
+{
+    QString out = QString("<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%1\" height=\"%2\" viewBox=\"0 0 %1 %2\" "
+                          "font-family=\"Arial, sans-serif\" font-size=\"12\"><title>%3</title>\n")
+                      .arg(picture.size.width()).arg(picture.size.height()).arg(picture.title);
+    for (const Group& g : picture.groups) {
+        out += QString("<g class=\"%1\">").arg(g.cls);
+        for (const Mark& m : g.marks) {
+            const QRectF& b = m.box;
+            switch (m.kind) {
+            case Mark::Rect:
+                out += QString("<rect x=\"%1\" y=\"%2\" width=\"%3\" height=\"%4\" fill=\"%5\"><title>%6</title></rect>")
+                           .arg(b.x(), 0, 'f', 2).arg(b.y(), 0, 'f', 2).arg(b.width(), 0, 'f', 2)
+                           .arg(b.height(), 0, 'f', 2).arg(m.colour.name(), m.text.toHtmlEscaped());
+                break;
+            case Mark::Line:
+                out += QString("<line x1=\"%1\" y1=\"%2\" x2=\"%3\" y2=\"%4\" stroke=\"%5\"/>")
+                           .arg(b.left(), 0, 'f', 2).arg(b.top(), 0, 'f', 2).arg(b.right(), 0, 'f', 2)
+                           .arg(b.bottom(), 0, 'f', 2).arg(m.colour.name());
+                break;
+            case Mark::Text:
+                out += QString("<text x=\"%1\" y=\"%2\" fill=\"%3\">%4</text>")
+                           .arg(b.left(), 0, 'f', 2).arg(b.top() + 12, 0, 'f', 2).arg(m.colour.name(), m.text.toHtmlEscaped());
+                break;
+            }
+        }
+        out += "</g>\n";
+    }
+    return out + "</svg>";
+}
+
+QImage ReportPictures::image(const Picture& picture)
+{
+    QImage out(picture.size, QImage::Format_RGB32);
+    out.fill(Qt::white);
+    QPainter painter(&out);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QFont font("Arial");
+    font.setPixelSize(12);
+    painter.setFont(font);
+    for (const Group& g : picture.groups)
+        for (const Mark& m : g.marks) {
+            switch (m.kind) {
+            case Mark::Rect:
+                painter.fillRect(m.box, m.colour);
+                break;
+            case Mark::Line:
+                painter.setPen(m.colour);
+                painter.drawLine(m.box.topLeft(), m.box.bottomRight());
+                break;
+            case Mark::Text:
+                // Fonts need a GUI application; a core one gets the picture without its labels.
+                if (!qobject_cast<QGuiApplication*>(QCoreApplication::instance()))
+                    break;
+                painter.setPen(m.colour);
+                painter.drawText(QPointF(m.box.left(), m.box.top() + 12), m.text);
+                break;
+            }
+        }
+    return out;
+}
+
+QString ReportPictures::patchesSvg() const
+{
+    return svg(patches());
+}
+
+QString ReportPictures::errorSvg() const
+{
+    return svg(errors());
+}
+
+QImage ReportPictures::patchesImage() const
+{
+    return image(patches());
+}
+
+QImage ReportPictures::errorImage() const
+{
+    return image(errors());
+}
