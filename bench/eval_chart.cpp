@@ -2,7 +2,7 @@
 // the annotated real photographs. A grid counts as right when every patch
 // centre it implies lies within a quarter of the local patch pitch of the true
 // centre; a valid grid that is not right is a wrong grid.
-// Usage: eval_chart [COUNT] [--write DIR] [--photos-only]
+// Usage: eval_chart [COUNT] [--write DIR] [--photos-only] [--family NAME]
 #include "chartscene.h"
 
 #include "colorcorrectionautochartfinder.h"
@@ -146,9 +146,12 @@ int main(int argc, char** argv)
     int count = argc > 1 ? std::max(1, atoi(argv[1])) : 100;
     QString writeDir;
     bool photosOnly = false;
+    QString onlyFamily;
     for (int i = 1; i < argc; ++i) {
         if (QString(argv[i]) == "--write" && i + 1 < argc)
             writeDir = argv[i + 1];
+        if (QString(argv[i]) == "--family" && i + 1 < argc)
+            onlyFamily = argv[i + 1];
         photosOnly = photosOnly || QString(argv[i]) == "--photos-only";
     }
 
@@ -162,7 +165,10 @@ int main(int argc, char** argv)
     };
     if (!photosOnly)
         for (const Family& f : families)
-            runFamily(finder, f, count, writeDir);
+            if (onlyFamily.isEmpty() || onlyFamily == f.name)
+                runFamily(finder, f, count, writeDir);
+    if (!onlyFamily.isEmpty())
+        return 0;
 
     // Real photographs: annotated hull corners of the patches (patch side
     // about 0.87 of the pitch), or null where no whole chart is in view.

@@ -5,6 +5,12 @@
 #include "colorspace.h"
 
 #include <QPainter>
+#include <QPolygonF>
+#include <QTransform>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
 
 #include <gtest/gtest.h>
 
@@ -134,6 +140,92 @@ TEST(ChartGridCheck, GridLeavingTheImageOrShortListFails)
     EXPECT_FALSE(ChartGridCheck::accepts(ChartGridCheck::measure(img, centres(-3, 0))));
     EXPECT_FALSE(ChartGridCheck::accepts(ChartGridCheck::measure(img, centres(0, 0).mid(0, 23))));
     EXPECT_FALSE(ChartGridCheck::accepts(ChartGridCheck::measure(QImage(), centres(0, 0))));
+}
+
+struct OffPatchRow {
+    const char* name;
+    double columns, rows;  // whole grid moved, in cells
+    double lastColumn;     // the right column alone moved further along the rows, in cells
+    int covered;           // patches hidden behind a disc in a colour of its own
+    double noise;          // 8-bit code values
+    int fewest, most;      // cells off their patches
+};
+
+class CellsOffPatches : public ::testing::TestWithParam<OffPatchRow> {};
+
+// A grid in place reads one colour in the middle of every cell, however noisy
+// the image or covered a few patches; one off by about a third of a pitch
+// reaches the gaps in its light cells.
+TEST_P(CellsOffPatches, CountsTheCellsReachingTheGaps)
+{
+    const OffPatchRow& row = GetParam();
+    QImage img = renderChart();
+    QPainter painter(&img);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QColor covers[] = {QColor(200, 40, 160), QColor(30, 200, 220), QColor(240, 240, 10)};
+    for (int i = 0; i < row.covered; ++i) {
+        const int k = 4 + 7 * i;
+        painter.setBrush(covers[i]);
+        painter.setPen(Qt::NoPen);
+        painter.drawEllipse(QPointF(kOrigin + QPoint(k % 6, k / 6) * kPitch) + QPointF(3, -2), 0.55 * kPitch, 0.55 * kPitch);
+    }
+    painter.end();
+    std::mt19937 rng(7);
+    std::normal_distribution<double> noise(0.0, row.noise);
+    for (int y = 0; row.noise > 0 && y < img.height(); ++y)
+        for (int x = 0; x < img.width(); ++x) {
+            const QRgb p = img.pixel(x, y);
+            auto n = [&](int v) { return std::clamp(int(std::lround(v + noise(rng))), 0, 255); };
+            img.setPixel(x, y, qRgb(n(qRed(p)), n(qGreen(p)), n(qBlue(p))));
+        }
+    QVector<QPointF> grid;
+    for (int k = 0; k < 24; ++k)
+        grid << QPointF(kOrigin) +
+                    QPointF(k % 6 + row.columns + (k % 6 == 5 ? row.lastColumn : 0.0), k / 6 + row.rows) * kPitch;
+    const int off = ChartGridCheck::cellsOffPatches(img, grid);
+    EXPECT_GE(off, row.fewest) << row.name;
+    EXPECT_LE(off, row.most) << row.name;
+}
+
+const OffPatchRow kOffPatchRows[] = {
+    {"in place", 0, 0, 0, 0, 0, 0, 0},
+    {"in place, noisy", 0, 0, 0, 0, 8, 0, 0},
+    {"in place, three patches covered", 0, 0, 0, 3, 2, 0, 3},
+    {"a tenth of a cell off", 0.1, -0.1, 0, 0, 2, 0, 0},
+    {"a third of a column off", 0.33, 0, 0, 0, 2, 12, 24},
+    {"a third of a row off", 0, -0.33, 0, 0, 2, 12, 24},
+    {"a third of a cell off, three covered", 0.33, 0.33, 0, 3, 2, 10, 24},
+    {"right column a third off, stretching the grid", 0, 0, 0.33, 0, 2, 2, 24},
+};
+
+INSTANTIATE_TEST_SUITE_P(Rows, CellsOffPatches, ::testing::ValuesIn(kOffPatchRows));
+
+TEST(ChartGridCheck, CellsOffPatchesOfAGridLeavingTheImageOrShortListAreAll)
+{
+    QVector<QPointF> grid;
+    for (const QPoint& p : centres(-3, 0))
+        grid << QPointF(p);
+    EXPECT_EQ(ChartGridCheck::cellsOffPatches(renderChart(), grid), 24);
+    EXPECT_EQ(ChartGridCheck::cellsOffPatches(renderChart(), grid.mid(0, 23)), 24);
+}
+
+// The outer corners lie half a cell beyond the corner patches' centres; the
+// centres come back from them, also under perspective.
+TEST(ChartGridCheck, CentresOfCornersInvertTheOuterCorners)
+{
+    QPolygonF from, to;
+    from << QPointF(-0.5, -0.5) << QPointF(5.5, -0.5) << QPointF(5.5, 3.5) << QPointF(-0.5, 3.5);
+    to << QPointF(100, 50) << QPointF(700, 90) << QPointF(680, 470) << QPointF(130, 420);
+    QTransform t;
+    ASSERT_TRUE(QTransform::quadToQuad(from, to, t));
+    const QVector<QPointF> c = ChartGridCheck::centresOfCorners({QPoint(100, 50), QPoint(700, 90), QPoint(130, 420), QPoint(680, 470)});
+    ASSERT_EQ(c.size(), 24);
+    for (int k = 0; k < 24; ++k) {
+        const QPointF e = t.map(QPointF(k % 6, k / 6));
+        EXPECT_NEAR(c[k].x(), e.x(), 1e-6) << k;
+        EXPECT_NEAR(c[k].y(), e.y(), 1e-6) << k;
+    }
+    EXPECT_TRUE(ChartGridCheck::centresOfCorners({QPoint(1, 1), QPoint(2, 2), QPoint(3, 3)}).isEmpty());
 }
 
 }  // namespace

@@ -161,7 +161,7 @@ QVector<QPoint> ChartExtendedSearch::find(ColorCorrectionAutoChartFinderImpl& im
             // patches match the chart's colours this poorly is not worth it.
             if (placementScore < prm.minPlacementScore)
                 continue;
-            const QVector<QPoint> corners = impl.placeGrid(image, band.blurred, initial, band.scale, accept);
+            const QVector<QPoint> corners = impl.placeGrid(image, band.blurred, initial, band.scale, accept, false);
             if (ColorCorrectionAutoChartFinder::validate(corners, image.size()).valid)
                 return corners;
         }

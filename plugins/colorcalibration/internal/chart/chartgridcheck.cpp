@@ -178,6 +178,11 @@ ChartGridCheck::Measures ChartGridCheck::measure(const QImage& source, const QVe
     for (int k = kFirstGrey; k < kPatches - 1; ++k)
         m.greyStepsDown += cells[k].lightness() > cells[k + 1].lightness();
     m.greyRange = (cells[kFirstGrey].lightness() - cells[kPatches - 1].lightness()) / step;
+    double drop = -INFINITY;
+    for (int i = kFirstGrey; i < kPatches; ++i)
+        for (int j = i + 1; j < kPatches; ++j)
+            drop = std::max(drop, cells[i].lightness() - cells[j].lightness());
+    m.greyDrop = drop / step;
 
     const Rgb gain = greyGain(cells);
     const Rgb expectedGain = greyGain(expectedCells());
@@ -270,6 +275,106 @@ double ChartGridCheck::halfShiftContrast(const QImage& image, const QVector<QPoi
 
 bool ChartGridCheck::acceptsWithoutBorders(const Measures& m)
 {
-    return m.cellSpread <= kMaxCellSpread && m.greyStepsDown >= kMinGreyStepsDown && m.greyRange >= kMinGreyRange &&
+    return m.cellSpread <= kMaxCellSpread && m.greyStepsDown >= kMinGreyStepsDown && m.greyDrop >= kMinGreyRange &&
            m.greyChroma <= kMaxGreyChroma && m.hueAgreement >= kMinHueAgreement;
+}
+
+namespace {
+
+constexpr double kMiddleHalfWidth = 0.25;  // of a pitch
+constexpr int kMiddleSide = 6;            // samples along each axis, even: two halves
+constexpr double kMaxHalfStep = 0.3;      // of the median neighbour step
+constexpr double kTextureFactor = 3.0;    // over the lower quartile of the cells' half steps
+
+// Bilinear, so that a cell of a few pixels still sees a fraction of a pixel's move.
+bool sampleBilinear(const QImage& image, const QPointF& p, Rgb& out)
+{
+    const double x = p.x(), y = p.y();
+    if (!(x >= 0.0 && y >= 0.0 && x <= image.width() - 1.0 && y <= image.height() - 1.0))
+        return false;
+    const int x0 = std::min(int(x), std::max(0, image.width() - 2));
+    const int y0 = std::min(int(y), std::max(0, image.height() - 2));
+    const int x1 = std::min(x0 + 1, image.width() - 1), y1 = std::min(y0 + 1, image.height() - 1);
+    const double fx = x - x0, fy = y - y0;
+    const QRgb* top = reinterpret_cast<const QRgb*>(image.constScanLine(y0));
+    const QRgb* bottom = reinterpret_cast<const QRgb*>(image.constScanLine(y1));
+    auto mix = [&](int (*channel)(QRgb)) {
+        return (1 - fy) * ((1 - fx) * channel(top[x0]) + fx * channel(top[x1])) +
+               fy * ((1 - fx) * channel(bottom[x0]) + fx * channel(bottom[x1]));
+    };
+    out = {mix(qRed), mix(qGreen), mix(qBlue)};
+    return true;
+}
+
+}  // namespace
+
+int ChartGridCheck::cellsOffPatches(const QImage& source, const QVector<QPointF>& c)
+{
+    if (c.size() != kPatches || source.isNull())
+        return kPatches;
+    QPolygonF from, to;
+    from << QPointF(0, 0) << QPointF(kColumns - 1, 0) << QPointF(kColumns - 1, kRows - 1) << QPointF(0, kRows - 1);
+    to << c[0] << c[kColumns - 1] << c[kPatches - 1] << c[kPatches - kColumns];
+    QTransform t;
+    if (!QTransform::quadToQuad(from, to, t))
+        return kPatches;
+    const QImage image = source.format() == QImage::Format_ARGB32 || source.format() == QImage::Format_RGB32
+                             ? source
+                             : source.convertToFormat(QImage::Format_RGB32);
+    std::array<Rgb, kPatches> cells;
+    std::array<double, kPatches> halfSteps;
+    for (int k = 0; k < kPatches; ++k) {
+        // Sums of the left, right, upper and lower halves of the cell's middle.
+        Rgb half[4];
+        for (int i = 0; i < kMiddleSide; ++i) {
+            for (int j = 0; j < kMiddleSide; ++j) {
+                const double u = kMiddleHalfWidth * (2.0 * i / (kMiddleSide - 1) - 1.0);
+                const double v = kMiddleHalfWidth * (2.0 * j / (kMiddleSide - 1) - 1.0);
+                Rgb s;
+                if (!sampleBilinear(image, t.map(QPointF(k % kColumns + u, k / kColumns + v)), s))
+                    return kPatches;
+                for (int h : {i < kMiddleSide / 2 ? 0 : 1, j < kMiddleSide / 2 ? 2 : 3}) {
+                    half[h].r += s.r;
+                    half[h].g += s.g;
+                    half[h].b += s.b;
+                }
+            }
+        }
+        const double n = kMiddleSide * kMiddleSide / 2.0;
+        for (Rgb& h : half)
+            h = {h.r / n, h.g / n, h.b / n};
+        cells[k] = {(half[0].r + half[1].r) / 2, (half[0].g + half[1].g) / 2, (half[0].b + half[1].b) / 2};
+        halfSteps[k] = std::max(colourStep(half[0], half[1]), colourStep(half[2], half[3]));
+    }
+    std::vector<double> steps;
+    for (int k = 0; k < kPatches; ++k) {
+        if (k % kColumns + 1 < kColumns)
+            steps.push_back(colourStep(cells[k], cells[k + 1]));
+        if (k / kColumns + 1 < kRows)
+            steps.push_back(colourStep(cells[k], cells[k + kColumns]));
+    }
+    const double step = std::max(median(steps), 1.0);
+    // Printed or textured patches differ between halves even in place; the
+    // quietest quarter of the cells shows how much. A grid off its patches
+    // everywhere raises that quarter too, so texture may at most double the bar.
+    const double texture = kTextureFactor * quantile({halfSteps.begin(), halfSteps.end()}, 0.25);
+    const double bar = std::clamp(texture, kMaxHalfStep * step, 2.0 * kMaxHalfStep * step);
+    return int(std::count_if(halfSteps.begin(), halfSteps.end(), [bar](double h) { return h > bar; }));
+}
+
+QVector<QPointF> ChartGridCheck::centresOfCorners(const QVector<QPoint>& corners)
+{
+    if (corners.size() != 4)
+        return {};
+    QPolygonF from, to;
+    from << QPointF(-0.5, -0.5) << QPointF(kColumns - 0.5, -0.5) << QPointF(kColumns - 0.5, kRows - 0.5)
+         << QPointF(-0.5, kRows - 0.5);
+    to << QPointF(corners[0]) << QPointF(corners[1]) << QPointF(corners[3]) << QPointF(corners[2]);
+    QTransform t;
+    if (!QTransform::quadToQuad(from, to, t))
+        return {};
+    QVector<QPointF> out;
+    for (int k = 0; k < kPatches; ++k)
+        out << t.map(QPointF(k % kColumns, k / kColumns));
+    return out;
 }

@@ -21,6 +21,9 @@ public:
         int greyStepsDown = 0;
         /// Lightness range of the grey row over the mean neighbour step.
         double greyRange = 0.0;
+        /// Largest fall in lightness from one grey cell to a later one, over
+        /// the mean neighbour step: the range, unless an end is covered.
+        double greyDrop = 0.0;
         /// Median chroma of the grey cells over that of the colour cells,
         /// after balancing on the grey row.
         double greyChroma = 1.0;
@@ -38,7 +41,8 @@ public:
     static Measures measure(const QImage& image, const QVector<QPoint>& centres);
     /// Whether the measures describe the chart in its place.
     static bool accepts(const Measures& m);
-    /// All of `accepts` but the share of borders on the chart's background:
+    /// All of `accepts` but the share of borders on the chart's background,
+    /// and the grey row's largest fall for its range (either end may be covered):
     /// for grids whose placement is proven otherwise (see shiftMargin and
     /// halfShiftContrast), on charts whose gaps are not one colour (prints,
     /// frames shading off, other makers).
@@ -54,4 +58,17 @@ public:
     /// the perspective of the corner cells, and those leaving the image do not
     /// compete. -2 when the grid itself leaves the image.
     static double shiftMargin(const QImage& image, const QVector<QPointF>& centres);
+    /// Cells whose middle (+-0.25 of a pitch along both grid axes) is not of
+    /// one colour: one half of it differs from the other by more than 0.3 of
+    /// the colour step between neighbouring cells, or by more than three times
+    /// the difference of the quietest quarter of the cells where the patches
+    /// are textured (prints), up to twice that. A cell off its patch by
+    /// more than about 0.15 of a pitch reaches the gap beside it, so a
+    /// grid off by that much shows it in most of its light cells, while a few
+    /// covered patches spoil only their own. 24 when the grid leaves the image.
+    static int cellsOffPatches(const QImage& image, const QVector<QPointF>& centres);
+    /// The 24 patch centres of the grid with the given outer corners
+    /// (top-left, top-right, bottom-left, bottom-right in chart order), the
+    /// grid mapped projectively; empty when the corners span no quadrilateral.
+    static QVector<QPointF> centresOfCorners(const QVector<QPoint>& corners);
 };

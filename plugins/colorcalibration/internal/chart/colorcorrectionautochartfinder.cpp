@@ -1,6 +1,7 @@
 #include "colorcorrectionautochartfinder.h"
 
 #include "chartextendedsearch.h"
+#include "chartgridcheck.h"
 #include "colorcorrectionautochartfinderimpl.h"
 
 #include <cmath>
@@ -12,6 +13,22 @@ const int kResultTypeId = qRegisterMetaType<ColorCorrectionAutoChartFinderResult
 bool within(const QPoint& p, const QSize& s)
 {
     return p.x() >= 0 && p.x() <= s.width() && p.y() >= 0 && p.y() <= s.height();
+}
+
+// Cells off their patches that a grid in place may show: a covering object
+// reads as one colour over most of its patch, so only an edge crossing a
+// cell's middle counts. Refusing a grid is always better than a wrong one.
+constexpr int kMaxCellsOffPatches = 1;
+
+// The last word on either search's grid: one whose cells sit off their
+// patches by a good part of a pitch would make the calibration measure patch
+// borders. It decides only which results are reported valid; the standard
+// search itself runs as it is.
+bool gridOnPatches(const QImage& image, const ColorCorrectionAutoChartFinderResult& r)
+{
+    const int off = ChartGridCheck::cellsOffPatches(
+        image, ChartGridCheck::centresOfCorners({r.topLeft, r.topRight, r.bottomLeft, r.bottomRight}));
+    return off <= kMaxCellsOffPatches;
 }
 
 }  // namespace
@@ -28,12 +45,13 @@ ColorCorrectionAutoChartFinderResult ColorCorrectionAutoChartFinder::GetChartPos
 {
     const QSize size = image.size();
     ColorCorrectionAutoChartFinderResult result = validate(m_impl->GetChartPosition(image), size);
+    result.valid = result.valid && gridOnPatches(image, result);
     if (result.valid) {
         result.foundBy = ColorCorrectionAutoChartFinderResult::Search::Standard;
     } else if (m_extended.enabled) {
         const ColorCorrectionAutoChartFinderResult extended =
             validate(ChartExtendedSearch::find(*m_impl, image, m_extended), size);
-        if (extended.valid) {
+        if (extended.valid && gridOnPatches(image, extended)) {
             result = extended;
             result.foundBy = ColorCorrectionAutoChartFinderResult::Search::Extended;
         }

@@ -831,7 +831,7 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::GetChartPosition(QImage imag
 
 QVector<QPoint> ColorCorrectionAutoChartFinderImpl::placeGrid(const QImage& image, const QImage& blurred,
                                                              const QVector<QPoint>& initial, double f,
-                                                             const GridAcceptance& accept)
+                                                             const GridAcceptance& accept, bool workingPixelCorners)
 {
     QVector<QPoint> centres = getAllPatchCenter(blurred, initial);
     // The reduced, blurred image places the grid to a pixel or two of its
@@ -857,13 +857,17 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::placeGrid(const QImage& imag
     if (corners.size() == 4) {
         QPolygonF from, to;
         from << QPointF(0, 0) << QPointF(kColumns - 1, 0) << QPointF(kColumns - 1, kRows - 1) << QPointF(0, kRows - 1);
-        to << refined[0] / f << refined[kColumns - 1] / f << refined[kPatches - 1] / f << refined[kPatches - kColumns] / f;
+        const double unit = workingPixelCorners ? f : 1.0;
+        to << refined[0] / unit << refined[kColumns - 1] / unit << refined[kPatches - 1] / unit
+           << refined[kPatches - kColumns] / unit;
         QTransform t;
         if (QTransform::quadToQuad(from, to, t)) {
             const QPointF outer[4] = {QPointF(-0.5, -0.5), QPointF(kColumns - 0.5, -0.5), QPointF(-0.5, kRows - 0.5),
                                       QPointF(kColumns - 0.5, kRows - 0.5)};
             for (int i = 0; i < 4; ++i)
                 corners[i] = t.map(outer[i]).toPoint();
+            if (!workingPixelCorners)
+                return corners;
         }
     }
     for (QPoint& p : corners)

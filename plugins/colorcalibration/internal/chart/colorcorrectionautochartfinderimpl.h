@@ -77,9 +77,13 @@ public:
     /// From the nine model centres on `blurred` (a blurred copy of `working`,
     /// which is `image` reduced by `scale`) to the grid corners in full-size
     /// pixels: completes and refines the grid, places it on the full-size
-    /// image and asks `accept`; an empty list when any step fails.
+    /// image and asks `accept`; an empty list when any step fails. With
+    /// `workingPixelCorners` the corners are rounded in working pixels and
+    /// scaled up truncated, as the standard search does; without, they are
+    /// rounded once in full-size pixels, which a small chart in a large
+    /// frame needs (a working pixel can be a third of its pitch).
     QVector<QPoint> placeGrid(const QImage& image, const QImage& blurred, const QVector<QPoint>& initial,
-                              double scale, const GridAcceptance& accept);
+                              double scale, const GridAcceptance& accept, bool workingPixelCorners = true);
     /// Design matrix over grid coordinates (column, row): 1, column, row and,
     /// with `secondOrder`, column * row, column^2, row^2.
     FloatMatrix buildPatchMatrix(QVector<QPoint> gridCoordinates, bool secondOrder);

@@ -10,8 +10,9 @@ struct ExtendedChartSearchParameters {
     int workingWidth = 640;
     /// Width of the pyramid's second level, used where the image is wider than
     /// the working copy: there it searches the pitches from `smallestPitch` up
-    /// to those the working copy reaches.
-    int largerWorkingWidth = 1280;
+    /// to those the working copy reaches. A full-HD frame is searched at full
+    /// size: halved, a chart of 8-10 pixels pitch there falls below `smallestPitch`.
+    int largerWorkingWidth = 1920;
     /// Smallest patch pitch searched; below about 8 pixels the gaps between
     /// patches fall under a pixel and the grid check cannot see them.
     int smallestPitch = 8;
