@@ -226,9 +226,11 @@ void CColorCalibrationPlugin::doAction()
         return;
     }
 
-    if (toolDialog)
-        qmlInterface->reset();
-    else
+    // The facade loads the wizard when it is made, before any camera is open,
+    // so even the first use starts it over: its first step reads the grid
+    // position and the live image of the camera just opened.
+    qmlInterface->reset();
+    if (!toolDialog)
         toolDialog = new ColorCorrectionToolDlg(qmlInterface, QApplication::activeWindow());
     toolDialog->setWindowTitle(QStringLiteral("%1 - %2").arg(tr("Color Calibrator"),
                                                               currentCamera->displayText()));

@@ -258,6 +258,7 @@ TEST_F(ViewerTest, TheToolsMenuOffersTheCalibratorOnlyForCompatibleCamerasAndOpe
     tools = openMenu("Tools");
     EXPECT_TRUE(calibrator->isVisible());
     QString question, title;
+    int outlineWidth = 0;
     answerMessageBox(QMessageBox::Yes, &question);
     whenWindowAppears(isToolDialog, [&](QWidget* w) {
         title = w->windowTitle();
@@ -272,11 +273,19 @@ TEST_F(ViewerTest, TheToolsMenuOffersTheCalibratorOnlyForCompatibleCamerasAndOpe
             [&] { return liveCamera && !liveCamera->property("originalSize").toSize().isEmpty(); }, 20000));
         QTest::qWait(1500);
         screenshot(QStringLiteral("viewer_calibrator.png"));
+        // The wizard was made before the camera was open; its first step still
+        // shows the grid of the camera just opened, not a point.
+        for (QWindow* window : QGuiApplication::allWindows())
+            if (auto* view = qobject_cast<QQuickView*>(window))
+                if (QObject* outline = view->rootContext()->contextProperty("gridOutline").value<QObject*>())
+                    outlineWidth = outline->property("lowerRight").toPoint().x() -
+                                   outline->property("upperLeft").toPoint().x();
         w->close();
     });
     QTest::mouseClick(tools, Qt::LeftButton, {}, tools->actionGeometry(calibrator).center());
     EXPECT_TRUE(question.contains("stop continuous image acquisition"));
     EXPECT_EQ(title, "Color Calibrator - " + host().pool().cameraInfo("emu-cmed-0")->displayText());
+    EXPECT_GT(outlineWidth, 100);
     // Closed again: the calibrator gave its hold back, the viewer keeps its own.
     EXPECT_TRUE(host().pool().isCameraOpen(host().pool().cameraInfo("emu-cmed-0")));
     EXPECT_FALSE(window().liveView()->camera()->isGrabbing());
