@@ -19,7 +19,6 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QGuiApplication>
 #include <QJsonArray>
@@ -33,18 +32,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
-#include <functional>
 
 namespace {
-
-bool waitFor(const std::function<bool()>& done, int timeoutMs)
-{
-    QElapsedTimer clock;
-    clock.start();
-    while (!done() && clock.elapsed() < timeoutMs)
-        QTest::qWait(10);
-    return done();
-}
 
 using Log = QPair<QString, int>;
 
@@ -222,12 +211,12 @@ TEST(QmlDataModelInterface, ForwardsTheSessionsAndCamerasNotifications)
     QSignalSpy removed(rig.facade.get(), &QmlDataModelInterface::forwardCameraRemoved);
     emit rig.model->LogMessage("Camera is warm", Core::Logging::LogLevelWarning);
     QMetaObject::invokeMethod(rig.facade->camera(), "imageFailed");
-    ASSERT_TRUE(waitFor([&] { return !rig.logs.isEmpty(); }, 2000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !rig.logs.isEmpty(); }, 2000));
     EXPECT_EQ(rig.logs.first(), Log("Camera is warm", 2));
     EXPECT_EQ(grabFailed.count(), 1);
 
     rig.device().disconnect();
-    ASSERT_TRUE(waitFor([&] { return removed.count() == 1; }, 5000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return removed.count() == 1; }, 5000));
 }
 
 TEST(QmlDataModelInterface, LoadSettingsReadsTheFileAndRefusesBadPaths)
@@ -283,7 +272,7 @@ TEST_P(QmlDataModelInterfaceCalibration, WholeCalibrationThroughTheInvokables)
     QmlDataModelInterface& f = *rig.facade;
 
     // Step 1: the grid over the chart.
-    ASSERT_TRUE(waitFor([&] { return f.camera()->originalSize() == QSize(480, 300); }, 10000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return f.camera()->originalSize() == QSize(480, 300); }, 10000));
     rig.placeGridOnChart();
     ASSERT_EQ(f.grid()->count(), 24);
     EXPECT_LE(maxCornerDistance(rig.model->GetGridPosition(), rig.pool.grid(rig.id)), 4);
@@ -372,7 +361,7 @@ TEST(QmlDataModelInterface, CancelLeavesTheCameraAsItWas)
     FacadeRig rig(EmulatedPool::kMedical);
     ASSERT_TRUE(rig.opened);
     QmlDataModelInterface& f = *rig.facade;
-    ASSERT_TRUE(waitFor([&] { return f.camera()->originalSize() == QSize(480, 300); }, 10000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return f.camera()->originalSize() == QSize(480, 300); }, 10000));
     rig.placeGridOnChart();
     f.camera()->stopGrab();
     const QString before = rig.pool.settingsText(rig.id);
@@ -396,7 +385,7 @@ TEST(QmlDataModelInterface, ChartFinderMovesTheOutlineOntoTheChart)
     FacadeRig rig(EmulatedPool::kMedical);
     ASSERT_TRUE(rig.opened);
     QmlDataModelInterface& f = *rig.facade;
-    ASSERT_TRUE(waitFor([&] { return f.camera()->originalSize() == QSize(480, 300); }, 10000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return f.camera()->originalSize() == QSize(480, 300); }, 10000));
     QSignalSpy found(&f, &QmlDataModelInterface::autoChartFindFinished);
     QSignalSpy listed(f.grid(), &QmlTrapezoidList::listChanged);
     f.findChartAsync();
@@ -412,7 +401,7 @@ TEST(QmlDataModelInterface, ChartFinderLeavesTheOutlineWhenNothingIsFound)
     FacadeRig rig(EmulatedPool::kMedical);
     ASSERT_TRUE(rig.opened);
     QmlDataModelInterface& f = *rig.facade;
-    ASSERT_TRUE(waitFor([&] { return f.camera()->originalSize() == QSize(480, 300); }, 10000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return f.camera()->originalSize() == QSize(480, 300); }, 10000));
     SceneGeometry away = rig.device().sceneGeometry();
     away.centreX = 5.0;  // the chart is out of the picture
     rig.device().setSceneGeometry(away);
@@ -453,8 +442,8 @@ TEST(QmlDataModelInterface, MinimalViewShowsTheLiveImageAndTheGrid)
     view->resize(640, 400);
     view->show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(view));
-    ASSERT_TRUE(waitFor([&] { return f.camera()->originalSize() == QSize(480, 300); }, 10000));
-    ASSERT_TRUE(waitFor([&] { return f.camera()->size() == QSize(640, 400); }, 5000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return f.camera()->originalSize() == QSize(480, 300); }, 10000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return f.camera()->size() == QSize(640, 400); }, 5000));
     rig.placeGridOnChart();
     QTest::qWait(1000);  // a few live frames at the view's size
     const QImage shot = view->grabWindow();

@@ -16,7 +16,6 @@
 #include <QVideoFrame>
 #include <QVideoSurfaceFormat>
 
-#include <functional>
 
 namespace {
 
@@ -55,15 +54,6 @@ public:
 private:
     QElapsedTimer m_clock;
 };
-
-bool waitFor(const std::function<bool()>& done, int timeoutMs)
-{
-    QElapsedTimer clock;
-    clock.start();
-    while (!done() && clock.elapsed() < timeoutMs)
-        QTest::qWait(10);
-    return done();
-}
 
 bool dark(QRgb pixel)
 {
@@ -140,7 +130,7 @@ TEST_F(LiveViewTest, CameraFramesInTheViewSizeReachTheSurface)
     QSignalSpy original(camera.get(), &QMLKaltoCamera::originalSizeChanged);
     QSignalSpy image(camera.get(), &QMLKaltoCamera::imageChanged);
     camera->startGrab();
-    ASSERT_TRUE(waitFor([&] { return surface.frames.size() >= 3; }, 10000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return surface.frames.size() >= 3; }, 10000));
     EXPECT_TRUE(surface.isActive());
     EXPECT_EQ(surface.surfaceFormat().frameSize(), QSize(160, 100));
     for (const auto& frame : surface.frames) {
@@ -153,7 +143,7 @@ TEST_F(LiveViewTest, CameraFramesInTheViewSizeReachTheSurface)
     EXPECT_EQ(camera->image().size(), QSize(160, 100));
 
     camera->setSize(QSize(200, 120));
-    ASSERT_TRUE(waitFor([&] { return surface.frames.last().image.size() == QSize(200, 120); }, 10000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return surface.frames.last().image.size() == QSize(200, 120); }, 10000));
     EXPECT_EQ(surface.surfaceFormat().frameSize(), QSize(200, 120));
 
     camera->stopGrab();
@@ -181,7 +171,7 @@ TEST_P(LiveViewBusy, IndicatorSpinsWhileAGrabIsSlow)
     camera->setForceShowBusyIndicator(row.forced);
     surface.restartClock();
     camera->startGrab();
-    ASSERT_TRUE(waitFor([&] { return !surface.frames.isEmpty() && isCameraFrame(surface.frames.last().image); },
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !surface.frames.isEmpty() && isCameraFrame(surface.frames.last().image); },
                         15000));
     camera->stopGrab();
     QList<RecordingSurface::Frame> busy;
@@ -212,8 +202,8 @@ TEST_F(LiveViewTest, FailedGrabShowsTheLogoAndSignals)
     device().failNextGrabs(1);
     camera->startGrab();
     // A failed result may make the session wait out its 5 s grab timeout first.
-    ASSERT_TRUE(waitFor([&] { return failed.count() >= 1; }, 30000));
-    ASSERT_TRUE(waitFor([&] { return !surface.frames.isEmpty() && isCameraFrame(surface.frames.last().image); },
+    ASSERT_TRUE(QTest::qWaitFor([&] { return failed.count() >= 1; }, 30000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !surface.frames.isEmpty() && isCameraFrame(surface.frames.last().image); },
                         15000));
     camera->stopGrab();
     int logos = 0;
@@ -227,7 +217,7 @@ TEST_F(LiveViewTest, SingleGrabShowsOneImageAndEnds)
 {
     ASSERT_TRUE(opened);
     camera->singleGrab();
-    ASSERT_TRUE(waitFor([&] { return !surface.frames.isEmpty(); }, 10000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !surface.frames.isEmpty(); }, 10000));
     QTest::qWait(700);  // three intervals
     ASSERT_EQ(surface.frames.size(), 1);
     EXPECT_TRUE(isCameraFrame(surface.frames.first().image));
@@ -239,7 +229,7 @@ TEST_F(LiveViewTest, RestartsJoinTheOldWorker)
     auto cycle = [&] {
         const int before = surface.frames.size();
         camera->startGrab();
-        waitFor([&] { return surface.frames.size() > before; }, 10000);
+        QTest::qWaitFor([&] { return surface.frames.size() > before; }, 10000);
     };
     cycle();
     camera->stopGrab();
