@@ -2,13 +2,22 @@
 // interface in process, and a GigE Vision fake camera served on loopback.
 #include "loopbackonly.h"
 
+// Before Qt's headers, whose `signals` keyword GLib's would trip over.
+#include <arv.h>
+
 #include "arvcameradevice.h"
 #include "arvtransportlayer.h"
+#include "camerapool/camerapool.h"
+#include "camerapool/icamera.h"
+#include "camerapool/icamerainfo.h"
 #include "genicam/runtimeexception.h"
 #include "kalto/grabresultdata.h"
+#include "kalto/transportlayerregistry.h"
+#include "parametercollection/iparametercollection.h"
 
-#include <arv.h>
 #include <gtest/gtest.h>
+
+#include <QSignalSpy>
 
 #include <chrono>
 #include <condition_variable>
@@ -209,6 +218,34 @@ TEST_F(GigEVisionLoopback, LostControlChannelReportsConnectionLost)
               std::string::npos);
     device->setConnectionLostHandler({});
     device->close();
+}
+
+// The same through the camera pool, as the plug-in and colcal reach a camera:
+// features through the parameter collection and the persistence text, and the
+// lost camera as the pool's connection-lost.
+TEST_F(GigEVisionLoopback, PoolReadsFeaturesAndHearsTheCameraGo)
+{
+    Kalto::CTransportLayerRegistry registry;
+    registry.add(std::shared_ptr<ArvTransportLayer>(std::move(layer)));
+    Plugin::CameraPool::CameraPool pool(registry);
+    QSignalSpy lost(&pool, &Plugin::CameraPool::CameraPool::cameraConnectionLost);
+    const QSharedPointer<Plugin::CameraPool::ICameraInfo> cameraInfo = pool.cameraInfo(QString::fromStdString(info.id));
+    ASSERT_TRUE(cameraInfo);
+    auto camera = pool.open(cameraInfo, true);
+    ASSERT_TRUE(camera);
+    EXPECT_EQ(camera->parameterCollection()->sfncVersion(), QVersionNumber(2, 1, 0));
+    EXPECT_TRUE(camera->saveSettings().contains("\nBalanceRatioSelector\tBlue\nBalanceRatio\t"));
+    camera->startGrabbing();
+
+    g_object_unref(server);
+    server = nullptr;
+    for (int i = 0; i < 200 && lost.count() == 0; ++i)
+        std::this_thread::sleep_for(100ms);
+    ASSERT_EQ(lost.count(), 1);
+    EXPECT_EQ(lost.at(0).at(0).toString().toStdString(), info.id);
+    EXPECT_FALSE(camera->isOpen());
+    EXPECT_FALSE(pool.canGetExclusiveAccess(cameraInfo));
+    EXPECT_TRUE(pool.release(camera));
 }
 
 }  // namespace
