@@ -86,7 +86,7 @@ Kalto::CGrabResultPtr resultOf(ArvBuffer* buffer)
 
 struct ArvCameraDevice::Impl {
     Kalto::SDeviceInfo info;
-    Kalto::CArvNodeMap map{info.id};
+    Kalto::CArvNodeMap map;
 
     // Connection and stream; changed under map.mutex().
     ArvDevice* device = nullptr;
