@@ -1,6 +1,7 @@
 #pragma once
 
 #include "colorspace.h"
+#include "publishedchartedition.h"
 
 #include <dlib/matrix.h>
 
@@ -12,7 +13,7 @@
 /// calibration; these values let a user compare the result with other tools.
 class PublishedChart {
 public:
-    enum class Edition { Post2014, Pre2014 };
+    using Edition = PublishedChartEdition;
 
     explicit PublishedChart(Edition edition = Edition::Post2014);
 
