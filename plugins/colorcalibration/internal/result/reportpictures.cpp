@@ -36,6 +36,11 @@ bool parseColour(const QJsonValue& value, QColor& colour)
     return true;
 }
 
+QString targetsCaption()
+{
+    return QCoreApplication::translate("CalibrationResult", "dE00 per patch");
+}
+
 QString number(double v)
 {
     return QString::number(v, 'f', 1);
@@ -106,7 +111,8 @@ ReportPictures::Picture ReportPictures::patches() const
     Picture p{QSize(2 * margin + 6 * cell + 5 * gap, 2 * margin + legend + 4 * (cell + 18) + 3 * gap), patchesTitle(), {}};
     Group key{"legend", {}};
     key.marks << Mark{Mark::Text, QRectF(margin, margin, 600, 20), QColor(60, 60, 60),
-                      "Each patch: target (top), before (bottom left), after (bottom right)"};
+                      QCoreApplication::translate("CalibrationResult",
+                                                  "Each patch: target (top), before (bottom left), after (bottom right)")};
     p.groups << key;
     for (int k = 0; k < kPatches; ++k) {
         const double x = margin + (k % 6) * (cell + gap);
@@ -135,6 +141,8 @@ ReportPictures::Picture ReportPictures::errors(const QVector<double>& before, co
     const auto yOf = [&](double v) { return top + plotH * (1.0 - v / axis); };
     const QColor colours[2] = {QColor(170, 170, 170), QColor(20, 72, 126)};
     const QString names[2] = {"before", "after"};
+    const QString legends[2] = {QCoreApplication::translate("CalibrationResult", "before (camera as found), mean %1"),
+                                QCoreApplication::translate("CalibrationResult", "after, mean %1")};
     Picture p{QSize(left + kPatches * slot + 20, top + plotH + bottom + 20), title, {}};
 
     Group axes{"axes", {}};
@@ -165,7 +173,7 @@ ReportPictures::Picture ReportPictures::errors(const QVector<double>& before, co
                         colours[i], {}}
                 << Mark{Mark::Rect, QRectF(left + 200 + i * 300, 10, 14, 14), colours[i], names[i]}
                 << Mark{Mark::Text, QRectF(left + 220 + i * 300, 8, 260, 18), QColor(60, 60, 60),
-                        QString("%1, mean %2").arg(i == 0 ? QString("before (camera as found)") : names[i], QString::number(mean[i], 'f', 2))};
+                        legends[i].arg(mean[i], 0, 'f', 2)};
         p.groups << m;
     }
     return p;
@@ -240,7 +248,7 @@ QString ReportPictures::patchesSvg() const
 
 QString ReportPictures::errorSvg() const
 {
-    return svg(errors(m_before, m_after, errorTitle(), "dE00 per patch"));
+    return svg(errors(m_before, m_after, errorTitle(), targetsCaption()));
 }
 
 QString ReportPictures::publishedErrorSvg() const
@@ -263,7 +271,7 @@ QImage ReportPictures::patchesImage() const
 
 QImage ReportPictures::errorImage() const
 {
-    return image(errors(m_before, m_after, errorTitle(), "dE00 per patch"));
+    return image(errors(m_before, m_after, errorTitle(), targetsCaption()));
 }
 
 QImage ReportPictures::publishedErrorImage() const
