@@ -27,7 +27,6 @@
 #include <QRegularExpression>
 #include <QTimer>
 
-#include <algorithm>
 #include <csignal>
 #include <cstdio>
 
@@ -157,22 +156,6 @@ void measure(Original& neutral, const QVector<QColor>& measured)
     const dlib::matrix<double, 24, 3> chart = chartOf(measured, false);
     neutral.SetInputChart(chart);
     neutral.SetOutputChart(chart);
-}
-
-/// The calibrated camera's colours of the results document, linear as the
-/// document scores them.
-dlib::matrix<double, 24, 3> currentChart(const QJsonObject& document)
-{
-    static const QRegularExpression rgb("^R: ([-0-9.]+) G: ([-0-9.]+) B: ([-0-9.]+)$");
-    const QJsonObject precise = document.value("PreciseColors").toObject();
-    QVector<QColor> current;
-    for (int k = 0; k < 24; ++k) {
-        const QRegularExpressionMatch m =
-            rgb.match(precise.value(QString("Patch%1").arg(k + 1, 2, 10, QChar('0'))).toObject().value("Current").toString());
-        current << QColor::fromRgbF(std::clamp(m.captured(1).toDouble(), 0.0, 1.0), std::clamp(m.captured(2).toDouble(), 0.0, 1.0),
-                                    std::clamp(m.captured(3).toDouble(), 0.0, 1.0));
-    }
-    return chartOf(current, true);
 }
 
 /// Their mean CIEDE2000 error against the chart.
@@ -310,7 +293,7 @@ int runCalibrate(const cli::Args& args)
     double lastHitRate = -1.0;
     QObject::connect(&model, &ColorCorrectionModel::Gray80PercentHitRateChanged, [&](double r) { lastHitRate = r; });
 
-    QVector<QColor> before;
+    QVector<QColor> before, after;
     QJsonObject document;
     QString reportFolder, settingsFolder;
     try {
@@ -405,8 +388,7 @@ int runCalibrate(const cli::Args& args)
                   warning.isEmpty() ? QString("Calibration process failed.")
                                     : warning + " Calibration process failed.");
 
-        // Step 3: the camera's own output now.
-        QVector<QColor> after;
+        // Step 3: the camera's own output now (the results document's current colours).
         model.GetColorPatchValues(after, true);
         run.check(after.size() == 24, "The calibrated camera image could not be measured.");
         document = model.GetCalibrationsResultsJson();
@@ -452,7 +434,7 @@ int runCalibrate(const cli::Args& args)
     Original neutral(&checker, 1.0);
     measure(neutral, before);
     const QJsonObject precise = document.value("PreciseColors").toObject();
-    const QJsonObject publishedFigures = publishedJson(published, chartOf(before, false), currentChart(document));
+    const QJsonObject publishedFigures = publishedJson(published, chartOf(before, false), chartOf(after, true));
     const QJsonArray pubBefore = publishedFigures.value("deltaEBefore").toArray(),
                      pubAfter = publishedFigures.value("deltaEAfter").toArray();
     QJsonArray patches;
