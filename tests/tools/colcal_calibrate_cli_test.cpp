@@ -220,9 +220,12 @@ TEST_P(ColcalCalibrateCamera, GivenGridGivesTheSameResult)
 TEST_P(ColcalCalibrateCamera, WholeRunReachesTheGoalAndWritesItsFiles)
 {
     QTemporaryDir home;
+    // One camera with the default published chart values, the other with the older ones.
+    const QString edition = GetParam() == QString("emu-cmed-0") ? "post-2014" : "pre-2014";
+    const QStringList chosen = edition == "post-2014" ? QStringList() : QStringList{"--published-chart", edition};
     const Result r = colcal(QStringList{"calibrate", "--camera", GetParam(), "--json", "--report-dir",
                                         home.filePath("reports"), "--settings-dir", home.filePath("settings"),
-                                        "--user-set", "UserSet1", "--set-default"},
+                                        "--user-set", "UserSet1", "--set-default"} + chosen,
                             home.path());
     ASSERT_EQ(r.exitCode, 0) << r.err.toStdString();
     EXPECT_TRUE(r.err.contains("automatic brightness"));  // progress goes to stderr
@@ -237,9 +240,9 @@ TEST_P(ColcalCalibrateCamera, WholeRunReachesTheGoalAndWritesItsFiles)
     EXPECT_LE(after, 3.0);
     EXPECT_EQ(o["patches"].toArray().size(), 24);
     EXPECT_EQ(o["bc6x2"].toArray().size(), 12);
-    // Beside the targets' figures, the same against the published chart values (post-2014 by default).
+    // Beside the targets' figures, the same against the published chart values.
     const QJsonObject published = o["publishedChart"].toObject();
-    EXPECT_EQ(published["edition"].toString(), "post-2014");
+    EXPECT_EQ(published["edition"].toString(), edition);
     for (const char* key : {"deltaEBefore", "deltaEAfter", "deltaCBefore", "deltaCAfter"})
         EXPECT_EQ(published[key].toArray().size(), 24) << key;
     const double publishedBefore = published["meanDeltaE"].toObject()["before"].toDouble();
@@ -272,6 +275,7 @@ TEST_P(ColcalCalibrateCamera, WholeRunReachesTheGoalAndWritesItsFiles)
     const QString section = text.section("White Balance</h2>", 1).section("</table>", 0, 0);
     const QRegularExpression current("<tr><td>Current</td><td>([0-9.]+)</td><td>([0-9.]+)</td><td>([0-9.]+)</td></tr>");
     EXPECT_TRUE(current.match(section).hasMatch()) << section.toStdString();
+    EXPECT_TRUE(text.contains(QString("against the published chart values (D50, %1 chart;").arg(edition)));
 }
 
 INSTANTIATE_TEST_SUITE_P(EmulatedCameras, ColcalCalibrateCamera, ::testing::Values("emu-cmed-0", "emu-custom-1"),
