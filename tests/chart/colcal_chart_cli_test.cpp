@@ -140,6 +140,11 @@ TEST(ColcalAnalyze, FindsMeasuresAndCalibrates)
     for (int k = 19; k < 24; ++k)
         EXPECT_GT(p[k - 1].toArray()[1].toDouble(), p[k].toArray()[1].toDouble()) << k;
     EXPECT_LT(o["meanDeltaE"].toObject()["final"].toDouble(), o["meanDeltaE"].toObject()["original"].toDouble());
+    // and against the published chart values, by default those of charts made after 2014
+    const QJsonObject published = o["publishedChart"].toObject();
+    EXPECT_EQ(published["edition"].toString(), "post-2014");
+    EXPECT_EQ(published["deltaEAfter"].toArray().size(), 24);
+    EXPECT_LT(published["meanDeltaE"].toObject()["after"].toDouble(), published["meanDeltaE"].toObject()["before"].toDouble());
 }
 
 // The chart's target colours on a 6 x 4 grid of 100 px cells: 16-bit files

@@ -269,7 +269,8 @@ TEST(CalibrationResult, ReportWritesEveryFileInOrder)
     results.insert("PreciseColors", precise);
     ASSERT_TRUE(r.SaveSummaryToFilePath(dir.path(), testImage(), testImage(), results));
     EXPECT_EQ(r.written, (QStringList{"calibrated.pfs", "original.pfs", "calibration_report.html", "calibrated.png",
-                                      "original.png", "patches.png", "colour_error.png"}));
+                                      "original.png", "patches.png", "colour_error.png",
+                                      "colour_error_published.png"}));
     const QStringList folders = subfolders(dir.path());
     ASSERT_EQ(folders.size(), 1);
     EXPECT_TRUE(folders[0].startsWith("Calibration_Report_cam_"));
@@ -286,12 +287,14 @@ TEST(CalibrationResult, ReportWritesEveryFileInOrder)
         EXPECT_GT(at, last) << title;
         last = at;
     }
-    for (const char* title : {"Patches", "Colour error"}) {  // the pictures after the tables
+    // the pictures after the tables
+    for (const char* title : {"Patches", "Colour error", "Colour error against the published chart values"}) {
         const int at = page.indexOf(QString("<h2>%1</h2>").arg(title));
         EXPECT_GT(at, last) << title;
         last = at;
     }
-    EXPECT_EQ(page.count("<svg "), 2);
+    EXPECT_EQ(page.count("<svg "), 3);
+    EXPECT_TRUE(page.contains("against the published chart values (D50, post-2014 chart;"));
     // A camera's binary rounding noise is left out; exact binary fractions stay whole.
     EXPECT_TRUE(page.contains("<td>0.03</td>"));
     EXPECT_FALSE(page.contains("0.0300000"));

@@ -1,5 +1,8 @@
 #include "reportpictures.h"
 
+#include "colorspace.h"
+#include "publishedchart.h"
+
 #include <gtest/gtest.h>
 
 #include <QJsonObject>
@@ -95,6 +98,40 @@ TEST(ReportPictures, SvgsParseWithEveryPatchSplitAndTwoBarsPerPatch)
     // The images are drawn, not blank.
     const QImage image = pictures.patchesImage();
     EXPECT_EQ(image.pixelColor(20 + 10, 20 + 30 + 10).name(), QColor::fromHsv(0, 200, 200).name());
+}
+
+// The third picture scores the same colours against the published chart
+// values of the chosen edition and says which; its bars are to scale.
+TEST(ReportPictures, PublishedErrorPictureFollowsTheChosenEdition)
+{
+    const ColorSpace cs;
+    for (const PublishedChartEdition edition : {PublishedChartEdition::Post2014, PublishedChartEdition::Pre2014}) {
+        const ReportPictures pictures(preciseColors(), edition);
+        ASSERT_TRUE(pictures.isValid());
+        const QString svg = pictures.publishedErrorSvg();
+        const Parsed bars = parse(svg);
+        EXPECT_TRUE(bars.wellFormed);
+        const QVector<double> before = bars.heights.value("bar before"), after = bars.heights.value("bar after");
+        ASSERT_EQ(before.size(), 24);
+        ASSERT_EQ(after.size(), 24);
+        const PublishedChart published(edition);
+        const double scale = after[0] / pictures.publishedDeltaEAfter(0);
+        for (int k = 0; k < 24; ++k) {
+            const QColor initial = QColor::fromHsv(k * 15, 120, 160), current = QColor::fromHsv(k * 15, 190, 195);
+            dlib::matrix<double, 1, 3> linear, srgb;
+            linear = initial.redF() * 255.0, initial.greenF() * 255.0, initial.blueF() * 255.0;
+            srgb = current.redF() * 255.0, current.greenF() * 255.0, current.blueF() * 255.0;
+            // the document's 4-decimal colours, so within their rounding
+            EXPECT_NEAR(pictures.publishedDeltaEBefore(k), published.deltaE(k, linear), 0.05) << k;
+            EXPECT_NEAR(pictures.publishedDeltaEAfter(k), published.deltaE(k, cs.sRGB_to_RGB(srgb)), 0.05) << k;
+            EXPECT_NEAR(before[k], pictures.publishedDeltaEBefore(k) * scale, 0.02) << k;
+            EXPECT_NEAR(after[k], pictures.publishedDeltaEAfter(k) * scale, 0.02) << k;
+        }
+        EXPECT_TRUE(svg.contains(QString("published chart values (D50, %1 chart;")
+                                     .arg(PublishedChart::editionName(edition))));
+    }
+    EXPECT_NE(ReportPictures(preciseColors(), PublishedChartEdition::Pre2014).publishedDeltaEAfter(2),
+              ReportPictures(preciseColors(), PublishedChartEdition::Post2014).publishedDeltaEAfter(2));
 }
 
 TEST(ReportPictures, IncompleteDocumentsGiveNoPictures)

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
+#include <QDirIterator>
+#include <QMap>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -122,6 +124,59 @@ TEST(ColcalCalibrate, SettingsFileIsNamedWithItsLinesAndRefusedWhenNothingFits)
     }
 }
 
+/// Every file under `dir` with its bytes.
+QMap<QString, QByteArray> filesUnder(const QString& dir)
+{
+    QMap<QString, QByteArray> files;
+    QDirIterator it(dir, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        QFile f(it.next());
+        if (f.open(QIODevice::ReadOnly))
+            files.insert(f.fileName(), f.readAll());
+    }
+    return files;
+}
+
+// A valid grid on the wrong patches: one patch row too high, so its top row
+// lies on the background and every other row on the patches above its own
+// (the grey row on the colours). The fit, true to what it was shown, leaves
+// the camera worse than the neutral one: the run says so, fails and keeps
+// nothing, although a user set, a report and a settings file were asked for.
+TEST(ColcalCalibrate, CalibrationThatMakesTheColoursWorseFailsAndKeepsNothing)
+{
+    QTemporaryDir home;
+    QStringList grid = chartGrid("emu-cmed-0");  // "--grid", then TL, TR, BL, BR
+    const double rowX = (grid[5].toDouble() - grid[1].toDouble()) / 4, rowY = (grid[6].toDouble() - grid[2].toDouble()) / 4;
+    for (int corner = 0; corner < 4; ++corner) {
+        grid[1 + 2 * corner] = QString::number(std::lround(grid[1 + 2 * corner].toDouble() - rowX));
+        grid[2 + 2 * corner] = QString::number(std::lround(grid[2 + 2 * corner].toDouble() - rowY));
+    }
+    const Result saved = colcal({"settings", "save", home.filePath("before.pfs")}, home.path());
+    ASSERT_EQ(saved.exitCode, 0) << saved.err.toStdString();
+    const QMap<QString, QByteArray> memoryBefore = filesUnder(home.filePath("data"));
+
+    const Result r = colcal(QStringList{"calibrate", "--json", "--report-dir", home.filePath("reports"), "--settings-dir",
+                                        home.filePath("settings"), "--user-set", "UserSet1", "--set-default"} + grid,
+                            home.path());
+    EXPECT_EQ(r.exitCode, 1) << r.err.toStdString();
+    EXPECT_TRUE(r.out.isEmpty()) << r.out.toStdString();
+    const QRegularExpression worse("the calibration made the colours worse \\(mean dE00 ([0-9.]+) before, ([0-9.]+) "
+                                   "after\\); nothing was kept; the camera's settings were restored\n$");
+    const QRegularExpressionMatch m = worse.match(r.err);
+    ASSERT_TRUE(m.hasMatch()) << r.err.toStdString();
+    EXPECT_GT(m.captured(2).toDouble(), m.captured(1).toDouble());
+    EXPECT_FALSE(QDir(home.filePath("reports")).exists());
+    EXPECT_FALSE(QDir(home.filePath("settings")).exists());
+
+    // The camera's memory (user sets, start-up set) is untouched, and the
+    // camera comes up with the settings it had.
+    EXPECT_EQ(filesUnder(home.filePath("data")), memoryBefore);
+    ASSERT_EQ(colcal({"settings", "save", home.filePath("after.pfs")}, home.path()).exitCode, 0);
+    QFile before(home.filePath("before.pfs")), after(home.filePath("after.pfs"));
+    ASSERT_TRUE(before.open(QIODevice::ReadOnly) && after.open(QIODevice::ReadOnly));
+    EXPECT_EQ(after.readAll().toStdString(), before.readAll().toStdString());
+}
+
 TEST(ColcalCalibrate, InterruptRestoresAndExitsNonZero)
 {
     QTemporaryDir home;
@@ -165,9 +220,12 @@ TEST_P(ColcalCalibrateCamera, GivenGridGivesTheSameResult)
 TEST_P(ColcalCalibrateCamera, WholeRunReachesTheGoalAndWritesItsFiles)
 {
     QTemporaryDir home;
+    // One camera with the default published chart values, the other with the older ones.
+    const QString edition = GetParam() == QString("emu-cmed-0") ? "post-2014" : "pre-2014";
+    const QStringList chosen = edition == "post-2014" ? QStringList() : QStringList{"--published-chart", edition};
     const Result r = colcal(QStringList{"calibrate", "--camera", GetParam(), "--json", "--report-dir",
                                         home.filePath("reports"), "--settings-dir", home.filePath("settings"),
-                                        "--user-set", "UserSet1", "--set-default"},
+                                        "--user-set", "UserSet1", "--set-default"} + chosen,
                             home.path());
     ASSERT_EQ(r.exitCode, 0) << r.err.toStdString();
     EXPECT_TRUE(r.err.contains("automatic brightness"));  // progress goes to stderr
@@ -182,6 +240,17 @@ TEST_P(ColcalCalibrateCamera, WholeRunReachesTheGoalAndWritesItsFiles)
     EXPECT_LE(after, 3.0);
     EXPECT_EQ(o["patches"].toArray().size(), 24);
     EXPECT_EQ(o["bc6x2"].toArray().size(), 12);
+    // Beside the targets' figures, the same against the published chart values.
+    const QJsonObject published = o["publishedChart"].toObject();
+    EXPECT_EQ(published["edition"].toString(), edition);
+    for (const char* key : {"deltaEBefore", "deltaEAfter", "deltaCBefore", "deltaCAfter"})
+        EXPECT_EQ(published[key].toArray().size(), 24) << key;
+    const double publishedBefore = published["meanDeltaE"].toObject()["before"].toDouble();
+    const double publishedAfter = published["meanDeltaE"].toObject()["after"].toDouble();
+    std::printf("%s: mean dE00 %s %.2f -> %.2f\n", GetParam(), qPrintable(published["label"].toString()),
+                publishedBefore, publishedAfter);
+    EXPECT_LT(publishedAfter, publishedBefore);
+    EXPECT_LE(publishedAfter, 4.0);
     for (const auto& row : o["matrix"].toArray()) {
         const QJsonArray m = row.toArray();
         EXPECT_DOUBLE_EQ(m[0].toDouble() + m[1].toDouble() + m[2].toDouble(), 1.0);  // exactly, after rounding
@@ -191,8 +260,8 @@ TEST_P(ColcalCalibrateCamera, WholeRunReachesTheGoalAndWritesItsFiles)
     ASSERT_TRUE(report.exists()) << o["reportFolder"].toString().toStdString();
     EXPECT_TRUE(report.dirName().startsWith("Calibration_Report_"));
     EXPECT_EQ(report.entryList(QDir::Files, QDir::Name),
-              (QStringList{"calibrated.pfs", "calibrated.png", "calibration_report.html", "colour_error.png", "original.pfs",
-                           "original.png", "patches.png"}));
+              (QStringList{"calibrated.pfs", "calibrated.png", "calibration_report.html", "colour_error.png",
+                           "colour_error_published.png", "original.pfs", "original.png", "patches.png"}));
     EXPECT_TRUE(QFile::exists(o["settingsFolder"].toString() + "/Calibrated.pfs"));
 
     // Both camera generations report the ratios they now hold, in the JSON and the report.
@@ -206,6 +275,7 @@ TEST_P(ColcalCalibrateCamera, WholeRunReachesTheGoalAndWritesItsFiles)
     const QString section = text.section("White Balance</h2>", 1).section("</table>", 0, 0);
     const QRegularExpression current("<tr><td>Current</td><td>([0-9.]+)</td><td>([0-9.]+)</td><td>([0-9.]+)</td></tr>");
     EXPECT_TRUE(current.match(section).hasMatch()) << section.toStdString();
+    EXPECT_TRUE(text.contains(QString("against the published chart values (D50, %1 chart;").arg(edition)));
 }
 
 INSTANTIATE_TEST_SUITE_P(EmulatedCameras, ColcalCalibrateCamera, ::testing::Values("emu-cmed-0", "emu-custom-1"),

@@ -1,3 +1,5 @@
+#include "publishedchart.h"
+
 #include <gtest/gtest.h>
 
 #include <QDir>
@@ -111,6 +113,54 @@ TEST(ColcalCli, EngineJsonHasEveryStep)
     for (const auto& v : steps[4].toObject()["deltaE"].toArray())
         sum += v.toDouble();
     EXPECT_NEAR(dE["final"].toDouble(), sum / 24.0, 1e-9);
+}
+
+// The measured chart scored against the published values of the chosen
+// edition, beside the engine's own figures; an unknown edition is bad input.
+TEST(ColcalCli, EngineScoresAgainstThePublishedChartOfEitherEdition)
+{
+    std::vector<dlib::matrix<double, 1, 3>> measured;
+    for (const QByteArray& line : sampleChart().split('\n'))
+        if (!line.isEmpty() && !line.startsWith('#')) {
+            const QList<QByteArray> v = line.split(',');
+            dlib::matrix<double, 1, 3> rgb;
+            rgb = v[0].toDouble(), v[1].toDouble(), v[2].toDouble();
+            measured.push_back(rgb);
+        }
+    ASSERT_EQ(measured.size(), 24u);
+    for (const PublishedChart::Edition edition : {PublishedChart::Edition::Post2014, PublishedChart::Edition::Pre2014}) {
+        const QString name = PublishedChart::editionName(edition);
+        const QStringList args = edition == PublishedChart::Edition::Post2014
+                                     ? QStringList{"engine", "-", "--json"}  // the default
+                                     : QStringList{"engine", "-", "--json", "--published-chart", name};
+        const Result r = colcal(args, sampleChart());
+        ASSERT_EQ(r.exitCode, 0) << r.err.toStdString();
+        const QJsonObject o = QJsonDocument::fromJson(r.out.toUtf8()).object();
+        const QJsonObject pub = o["publishedChart"].toObject();
+        EXPECT_EQ(pub["edition"].toString(), name);
+        EXPECT_TRUE(pub["label"].toString().contains("published chart values (D50, " + name)) << name.toStdString();
+        const PublishedChart chart(edition);
+        double sum = 0;
+        for (const char* key : {"deltaEBefore", "deltaEAfter", "deltaCBefore", "deltaCAfter"})
+            EXPECT_EQ(pub[key].toArray().size(), 24) << key;
+        for (int k = 0; k < 24; ++k) {
+            EXPECT_NEAR(pub["deltaEBefore"].toArray()[k].toDouble(), chart.deltaE(k, measured[k]), 1e-9) << k;
+            sum += pub["deltaEAfter"].toArray()[k].toDouble();
+        }
+        EXPECT_NEAR(pub["meanDeltaE"].toObject()["after"].toDouble(), sum / 24, 1e-9);
+        // the calibration brings the chart close to the published values too, if not as close as to its own
+        EXPECT_LT(pub["meanDeltaE"].toObject()["after"].toDouble(), 3.0);
+        EXPECT_GE(pub["meanDeltaE"].toObject()["after"].toDouble(), o["meanDeltaE"].toObject()["final"].toDouble());
+
+        const Result table = colcal({"engine", "-", "--published-chart", name}, sampleChart());
+        EXPECT_TRUE(table.out.contains(QString("Mean dE00 %1 before, %2 after")
+                                           .arg(pub["meanDeltaE"].toObject()["before"].toDouble(), 0, 'f', 2)
+                                           .arg(pub["meanDeltaE"].toObject()["after"].toDouble(), 0, 'f', 2)))
+            << table.out.toStdString();
+    }
+    const Result bad = colcal({"engine", "-", "--published-chart", "2013"}, sampleChart());
+    EXPECT_EQ(bad.exitCode, 2);
+    EXPECT_TRUE(bad.err.contains("--published-chart: \"2013\" is neither post-2014 nor pre-2014")) << bad.err.toStdString();
 }
 
 TEST(ColcalCli, EngineTableIsReadable)

@@ -2,12 +2,15 @@
 // tool catalogue, every catalogue translates every text it holds, the
 // translations keep the markup and the trailing spaces the code relies on, and
 // the compiled catalogues are where the plug-in loads them from.
+#include "reportpictures.h"
+
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
+#include <QJsonObject>
 #include <QMap>
 #include <QRegularExpression>
 #include <QSet>
@@ -155,5 +158,43 @@ TEST(Translations, CompiledCataloguesLieWhereThePluginLoadsThem)
                 EXPECT_EQ(translator.translate("main", "Adjust Brightness"), titles.value(lang)) << lang.toStdString();
             }
         }
+    }
+}
+
+// The report's pictures take their titles and captions from the tool
+// catalogue, in the language the wizard runs in.
+TEST(Translations, ReportPicturesSpeakTheToolsLanguage)
+{
+    Q_INIT_RESOURCE(colcal_translations);
+    int argc = 1;
+    char name[] = "test_wizard_translations";
+    char* argv[] = {name, nullptr};
+    QCoreApplication app(argc, argv);  // translators need one
+    QJsonObject precise;
+    for (int k = 1; k <= 24; ++k)
+        precise.insert(QString("Patch%1").arg(k, 2, 10, QChar('0')),
+                       QJsonObject{{"Initial", "R: 0.1000 G: 0.2000 B: 0.3000"}, {"Target", "#ff8000"},
+                                   {"Current", "R: 0.5 G: 0.5 B: 0.5"}, {"DeltaE", "1.000000"}});
+    for (const QString lang : {"de", "en", "ja", "ko", "zh"}) {
+        SCOPED_TRACE(lang.toStdString());
+        QMap<QString, QString> catalogue;
+        for (const Message& m : readCatalogue(tsPath("ColorCorrectionToolPlugin", lang)))
+            if (m.context == "CalibrationResult")
+                catalogue.insert(m.source, m.translation);
+        QTranslator translator;
+        ASSERT_TRUE(translator.load(QString(":/ColCal/translations/ColorCorrectionToolPlugin_%1.qm").arg(lang)));
+        QCoreApplication::installTranslator(&translator);
+        EXPECT_EQ(ReportPictures::patchesTitle(), catalogue.value("Patches"));
+        EXPECT_EQ(ReportPictures::errorTitle(), catalogue.value("Colour error"));
+        EXPECT_EQ(ReportPictures::publishedErrorTitle(), catalogue.value("Colour error against the published chart values"));
+        const ReportPictures pictures(precise, PublishedChartEdition::Pre2014);
+        ASSERT_TRUE(pictures.isValid());
+        const QString caption = catalogue.value("dE00 per patch against the published chart values (D50, %1 chart; "
+                                                "measured colours adapted from D65 by Bradford)");
+        ASSERT_FALSE(caption.isEmpty());
+        EXPECT_TRUE(pictures.publishedErrorSvg().contains(caption.arg("pre-2014").toHtmlEscaped()));
+        EXPECT_TRUE(pictures.patchesSvg().contains(
+            catalogue.value("Each patch: target (top), before (bottom left), after (bottom right)").toHtmlEscaped()));
+        QCoreApplication::removeTranslator(&translator);
     }
 }

@@ -10,6 +10,7 @@
 #include "chartprojection.h"
 #include "emulatedcamera.h"
 #include "emulatedpool.h"
+#include "nonvolatilememory.h"
 #include "guitestapp.h"
 #include "qmldatamodelinterface.h"
 
@@ -158,6 +159,81 @@ TEST_P(WholeCalibration, ThroughTheFourScreensSavesEverythingAndLeavesTheCameraC
 INSTANTIATE_TEST_SUITE_P(Cameras, WholeCalibration,
                          ::testing::Values(EmulatedPool::kMedical, EmulatedPool::kCustom),
                          [](const auto& info) { return QString(info.param).remove('-').toStdString(); });
+
+// Step 4's user set, as a person keeps a calibration in the camera: stored
+// whether or not "Save settings as default" is ticked, and made the set the
+// camera starts with only when it is.
+TEST(SaveStep, UserSetIsStoredAndMadeTheStartUpSetOnlyWhenTicked)
+{
+    WizardRig rig(EmulatedPool::kMedical);
+    reachBrightnessStep(rig, false);
+    ASSERT_TRUE(rig.next());
+    while (!rig.messageText().isEmpty())  // the brightness warning, if any
+        rig.answerMessage();
+    ASSERT_TRUE(rig.waitForStep(3));
+    ASSERT_TRUE(rig.next());
+    ASSERT_TRUE(rig.waitForStep(4));
+
+    // Both files too: the wizard calls both writers on every Save and reports an empty path as a failure.
+    QTemporaryDir out;
+    chooseFolder(rig, "saveSettings", out.filePath("settings"));
+    chooseFolder(rig, "saveSummary", out.filePath("summary"));
+    EmulatedCamera& camera = rig.pool().device(EmulatedPool::kMedical);
+    NonVolatileMemory memory(EmulatedPool::kMedical);  // the camera's flash, read as the next power-up reads it
+    ASSERT_EQ(memory.path(), camera.memoryPath());
+    memory.load();
+    const std::string startupBefore = memory.startupSet();
+    ASSERT_NE(startupBefore, "UserSet1");
+    ASSERT_NE(startupBefore, "UserSet2");
+    CalibrationResult parser("check");
+    auto colourSettings = [&parser](const QString& text) {
+        QString copy = text;
+        QString filtered = parser.FilterSettings(copy);
+        return parser.ParseSettings(filtered);
+    };
+
+    struct Case {
+        int entry;  // in the list: None, UserSet1, UserSet2, UserSet3
+        const char* set;
+        bool asDefault;
+    };
+    for (const Case& c : {Case{1, "UserSet1", false}, Case{2, "UserSet2", true}}) {
+        SCOPED_TRACE(c.set);
+        // The entry by keyboard, the check box by Space.
+        rig.click("userSetChoice");
+        for (int i = rig.property("userSetChoice", "currentIndex").toInt(); i < c.entry; ++i)
+            rig.key(Qt::Key_Down);
+        rig.key(Qt::Key_Return);
+        ASSERT_TRUE(rig.waitFor([&] { return rig.property("userSetChoice", "currentIndex").toInt() == c.entry; }, 5000));
+        ASSERT_TRUE(rig.item("saveAsDefaultCheck")->isEnabled());
+        if (rig.property("saveAsDefaultCheck", "checked").toBool() != c.asDefault) {
+            rig.item("saveAsDefaultCheck")->forceActiveFocus();
+            rig.key(Qt::Key_Space);
+        }
+        ASSERT_EQ(rig.property("saveAsDefaultCheck", "checked").toBool(), c.asDefault);
+        rig.click("saveButton");
+        ASSERT_TRUE(rig.waitFor(
+            [&] {
+                memory.load();
+                return memory.hasSet(c.set);
+            },
+            30000))
+            << rig.messageText().toStdString();
+        EXPECT_EQ(rig.messageText(), "");
+        EXPECT_TRUE(rig.property("saveStatus", "visible").toBool());
+        EXPECT_TRUE(rig.logLines().contains(QString("Settings were saved successfully in %1").arg(c.set)))
+            << rig.logLines().join("\n").toStdString();
+        // The set holds the calibrated camera's colour settings; the start-up set changes only when ticked.
+        EXPECT_EQ(colourSettings(QString::fromStdString(memory.set(c.set))), colourSettings(rig.settingsText()));
+        EXPECT_EQ(memory.startupSet(), c.asDefault ? std::string(c.set) : startupBefore);
+        EXPECT_EQ(camera.nodeMap().getEnum("UserSetDefault"), memory.startupSet());
+        if (c.asDefault)
+            rig.screenshot("wizard_step4_userset_default");
+    }
+    rig.click("nextButton");  // Finish
+    ASSERT_TRUE(rig.waitForWindowClosed());
+    EXPECT_EQ(rig.ended(), "finish");
+}
 
 // Leaving the wizard early: from step 2, 3 or 4 after confirming, or by the
 // window's frame. Each also shows its screens in another language.

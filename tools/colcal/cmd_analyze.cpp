@@ -14,11 +14,6 @@
 #include <cmath>
 #include <cstdio>
 
-namespace {
-
-
-}  // namespace
-
 int runAnalyze(const cli::Args& args)
 {
     const QVector<QPoint>& gridCorners = args.grid();
@@ -27,6 +22,7 @@ int runAnalyze(const cli::Args& args)
     if (args.flag("linear") && args.flag("srgb"))
         throw cli::Error("--linear and --srgb exclude each other", cli::BadInput);
     const QString path = args.positional().first();
+    const PublishedChart published = publishedChart(args);
     const ChartImage::Encoding encoding = args.flag("linear") ? ChartImage::Encoding::Linear
                                           : args.flag("srgb") ? ChartImage::Encoding::Srgb
                                                               : ChartImage::Encoding::ByDepth;
@@ -76,7 +72,7 @@ int runAnalyze(const cli::Args& args)
     ColorCalibrationV1 engine;
     runEngine(engine, measured);
     if (args.flag("json")) {
-        QJsonObject out = engineReportJson(engine);
+        QJsonObject out = engineReportJson(engine, published);
         out.insert("corners", ChartReport::cornersJson(grid));
         out.insert("patches", patches);
         out.insert("clippedPatches", numbersJson(clipped));
@@ -91,7 +87,7 @@ int runAnalyze(const cli::Args& args)
                         .arg(measured(k, 0), 8, 'f', 2)
                         .arg(measured(k, 1), 8, 'f', 2)
                         .arg(measured(k, 2), 8, 'f', 2);
-        cli::print(text + "\n" + engineReportTable(engine));
+        cli::print(text + "\n" + engineReportTable(engine, published));
     }
     return cli::Ok;
 }

@@ -7,6 +7,7 @@
 #include "enginereport.h"
 
 #include "colorchecker.h"
+#include "colorspace.h"
 #include "colorcorrectionautochartfinder.h"
 #include "colorcorrectionmodel.h"
 #include "original.h"
@@ -136,15 +137,23 @@ double number(const QJsonValue& v)
     return v.toString().toDouble();
 }
 
+/// 24 measured colours as an engine chart (0..255); `linearise` decodes sRGB.
+dlib::matrix<double, 24, 3> chartOf(const QVector<QColor>& measured, bool linearise)
+{
+    const ColorSpace cs;
+    dlib::matrix<double, 24, 3> chart;
+    for (long k = 0; k < 24; ++k) {
+        const double v[3] = {measured[k].redF() * 255.0, measured[k].greenF() * 255.0, measured[k].blueF() * 255.0};
+        for (long c = 0; c < 3; ++c)
+            chart(k, c) = linearise ? cs.sRGB_to_RGB(v[c]) : v[c];
+    }
+    return chart;
+}
+
 /// The neutral camera's 24 patches as the engine's uncorrected step sees them.
 void measure(Original& neutral, const QVector<QColor>& measured)
 {
-    dlib::matrix<double, 24, 3> chart;
-    for (long k = 0; k < 24; ++k) {
-        chart(k, 0) = measured[k].redF() * 255.0;
-        chart(k, 1) = measured[k].greenF() * 255.0;
-        chart(k, 2) = measured[k].blueF() * 255.0;
-    }
+    const dlib::matrix<double, 24, 3> chart = chartOf(measured, false);
     neutral.SetInputChart(chart);
     neutral.SetOutputChart(chart);
 }
@@ -226,6 +235,7 @@ int runCalibrate(const cli::Args& args)
     for (const char* folder : {"settings-dir", "report-dir"})
         if (args.has(folder) && args.value(folder).trimmed().isEmpty())
             throw cli::Error(QString("--%1 needs a folder").arg(folder), cli::BadInput);
+    const PublishedChart published = publishedChart(args);
     const QString settingsFile = args.value("load-settings");
     const QString previousSettings =
         args.has("load-settings") ? QString::fromUtf8(cli::readSettingsFile(settingsFile)) : QString();
@@ -254,6 +264,7 @@ int runCalibrate(const cli::Args& args)
     }
 
     ColorCorrectionModel model;
+    model.SetPublishedChartEdition(published.edition());
     model.injectCameraControlService(service<Plugin::CameraPool::ICameraControlService>(pool));
     model.injectCameraStatusService(service<Plugin::CameraPool::ICameraStatusService>(pool));
     if (!model.Open(info)) {
@@ -282,7 +293,7 @@ int runCalibrate(const cli::Args& args)
     double lastHitRate = -1.0;
     QObject::connect(&model, &ColorCorrectionModel::Gray80PercentHitRateChanged, [&](double r) { lastHitRate = r; });
 
-    QVector<QColor> before;
+    QVector<QColor> before, after;
     QJsonObject document;
     QString reportFolder, settingsFolder;
     try {
@@ -377,8 +388,7 @@ int runCalibrate(const cli::Args& args)
                   warning.isEmpty() ? QString("Calibration process failed.")
                                     : warning + " Calibration process failed.");
 
-        // Step 3: the camera's own output now.
-        QVector<QColor> after;
+        // Step 3: the camera's own output now (the results document's current colours).
         model.GetColorPatchValues(after, true);
         run.check(after.size() == 24, "The calibrated camera image could not be measured.");
         document = model.GetCalibrationsResultsJson();
@@ -424,10 +434,14 @@ int runCalibrate(const cli::Args& args)
     Original neutral(&checker, 1.0);
     measure(neutral, before);
     const QJsonObject precise = document.value("PreciseColors").toObject();
+    const QJsonObject publishedFigures = publishedJson(published, chartOf(before, false), chartOf(after, true));
+    const QJsonArray pubBefore = publishedFigures.value("deltaEBefore").toArray(),
+                     pubAfter = publishedFigures.value("deltaEAfter").toArray();
     QJsonArray patches;
     double sums[4] = {0, 0, 0, 0};
-    QString table = QString("%1 %2 %3 %4 %5\n")
-                        .arg("patch", -17).arg("dE before", 10).arg("dE after", 9).arg("dC before", 10).arg("dC after", 9);
+    QString table = QString("%1 %2 %3 %4 %5 %6 %7\n")
+                        .arg("patch", -17).arg("dE before", 10).arg("dE after", 9).arg("dC before", 10).arg("dC after", 9)
+                        .arg("pub before", 11).arg("pub after", 10);
     for (int k = 0; k < 24; ++k) {
         const QJsonObject p = precise.value(QString("Patch%1").arg(k + 1, 2, 10, QChar('0'))).toObject();
         const double v[4] = {neutral.GetError(k, false, false), number(p.value("DeltaE")),
@@ -436,13 +450,17 @@ int runCalibrate(const cli::Args& args)
             sums[i] += v[i];
         patches.append(QJsonObject{{"deltaEBefore", v[0]}, {"deltaEAfter", v[1]}, {"deltaCBefore", v[2]},
                                    {"deltaCAfter", v[3]}});
-        table += QString("%1 %2 %3 %4 %5\n")
+        table += QString("%1 %2 %3 %4 %5 %6 %7\n")
                      .arg(QString("%1 %2").arg(k + 1, 2).arg(patchName(k)), -17)
-                     .arg(v[0], 10, 'f', 2).arg(v[1], 9, 'f', 2).arg(v[2], 10, 'f', 2).arg(v[3], 9, 'f', 2);
+                     .arg(v[0], 10, 'f', 2).arg(v[1], 9, 'f', 2).arg(v[2], 10, 'f', 2).arg(v[3], 9, 'f', 2)
+                     .arg(pubBefore[k].toDouble(), 11, 'f', 2).arg(pubAfter[k].toDouble(), 10, 'f', 2);
     }
-    table += QString("%1 %2 %3 %4 %5\n")
+    const QJsonObject pubMean = publishedFigures.value("meanDeltaE").toObject();
+    table += QString("%1 %2 %3 %4 %5 %6 %7\n")
                  .arg("mean", -17).arg(sums[0] / 24, 10, 'f', 2).arg(sums[1] / 24, 9, 'f', 2)
-                 .arg(sums[2] / 24, 10, 'f', 2).arg(sums[3] / 24, 9, 'f', 2);
+                 .arg(sums[2] / 24, 10, 'f', 2).arg(sums[3] / 24, 9, 'f', 2)
+                 .arg(pubMean.value("before").toDouble(), 11, 'f', 2).arg(pubMean.value("after").toDouble(), 10, 'f', 2);
+    table += "dE, dC: CIEDE2000 against the calibration's targets;\npub: dE00 " + publishedLabel(published) + "\n";
 
     // What the camera now holds, as it reports it.
     const QJsonObject cal = document.value("Calibrated").toObject();
@@ -469,6 +487,7 @@ int runCalibrate(const cli::Args& args)
             {"meanDeltaE", QJsonObject{{"before", sums[0] / 24}, {"after", sums[1] / 24}}},
             {"meanDeltaC", QJsonObject{{"before", sums[2] / 24}, {"after", sums[3] / 24}}},
             {"patches", patches},
+            {"publishedChart", publishedFigures},
             {"clippedPatches", numbersJson(clippedPatches(before))},
             {"whiteBalance", whiteBalance},
             {"matrix", matrix},

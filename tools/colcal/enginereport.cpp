@@ -82,7 +82,59 @@ void runEngine(ColorCalibrationV1& engine, const dlib::matrix<double, 24, 3>& me
     }
 }
 
-QJsonObject engineReportJson(ColorCalibrationV1& engine)
+PublishedChart publishedChart(const cli::Args& args)
+{
+    const QString name = args.value("published-chart", PublishedChart::editionName(PublishedChart::Edition::Post2014));
+    PublishedChart::Edition edition;
+    if (!PublishedChart::editionFromName(name.toStdString(), edition))
+        throw cli::Error(QString("--published-chart: \"%1\" is neither post-2014 nor pre-2014").arg(name), cli::BadInput);
+    return PublishedChart(edition);
+}
+
+QString publishedLabel(const PublishedChart& published)
+{
+    return QString("against the published chart values (D50, %1 chart; measured colours adapted from D65 by Bradford)")
+        .arg(PublishedChart::editionName(published.edition()));
+}
+
+QJsonObject publishedJson(const PublishedChart& published, const dlib::matrix<double, 24, 3>& before,
+                          const dlib::matrix<double, 24, 3>& after)
+{
+    QJsonArray dE[2], dC[2];
+    double sumE[2] = {0, 0}, sumC[2] = {0, 0};
+    for (int i = 0; i < 2; ++i)
+        for (int k = 0; k < 24; ++k) {
+            const dlib::matrix<double, 1, 3> rgb = dlib::rowm(i == 0 ? before : after, k);
+            const double e = published.deltaE(k, rgb), c = published.deltaC(k, rgb);
+            dE[i].append(e);
+            dC[i].append(c);
+            sumE[i] += e;
+            sumC[i] += c;
+        }
+    return {
+        {"label", publishedLabel(published)},
+        {"edition", PublishedChart::editionName(published.edition())},
+        {"meanDeltaE", QJsonObject{{"before", sumE[0] / 24}, {"after", sumE[1] / 24}}},
+        {"meanDeltaC", QJsonObject{{"before", sumC[0] / 24}, {"after", sumC[1] / 24}}},
+        {"deltaEBefore", dE[0]},
+        {"deltaEAfter", dE[1]},
+        {"deltaCBefore", dC[0]},
+        {"deltaCAfter", dC[1]},
+    };
+}
+
+QString publishedSummary(const QJsonObject& publishedJson)
+{
+    const QJsonObject e = publishedJson.value("meanDeltaE").toObject(), c = publishedJson.value("meanDeltaC").toObject();
+    return QString("Mean dE00 %1 before, %2 after; dC00 %3 before, %4 after,\n  %5\n")
+        .arg(e.value("before").toDouble(), 0, 'f', 2)
+        .arg(e.value("after").toDouble(), 0, 'f', 2)
+        .arg(c.value("before").toDouble(), 0, 'f', 2)
+        .arg(c.value("after").toDouble(), 0, 'f', 2)
+        .arg(publishedJson.value("label").toString());
+}
+
+QJsonObject engineReportJson(ColorCalibrationV1& engine, const PublishedChart& published)
 {
     const Results res = results(engine);
     const double gain = res.gain, r = res.r, g = res.g, b = res.b, gamma = res.gamma;
@@ -115,10 +167,12 @@ QJsonObject engineReportJson(ColorCalibrationV1& engine)
         {"meanDeltaC", QJsonObject{{"original", engine.GetError(COLORCALIBRATION_STEP_ORIGINAL, true, false)},
                                    {"final", engine.GetError(COLORCALIBRATION_STEP_BC6X2, true, true)}}},
         {"steps", steps},
+        {"publishedChart", publishedJson(published, engine.GetChart(COLORCALIBRATION_STEP_ORIGINAL),
+                                         engine.GetChart(COLORCALIBRATION_STEP_BC6X2))},
     };
 }
 
-QString engineReportTable(ColorCalibrationV1& engine)
+QString engineReportTable(ColorCalibrationV1& engine, const PublishedChart& published)
 {
     const Results res = results(engine);
     const double gain = res.gain, r = res.r, g = res.g, b = res.b, gamma = res.gamma;
@@ -163,7 +217,7 @@ QString engineReportTable(ColorCalibrationV1& engine)
              .arg(engine.GetError(COLORCALIBRATION_STEP_BC6X2, false, true), 9, 'f', 2)
              .arg(engine.GetError(COLORCALIBRATION_STEP_ORIGINAL, true, false), 10, 'f', 2)
              .arg(engine.GetError(COLORCALIBRATION_STEP_BC6X2, true, true), 9, 'f', 2);
-    return t;
+    return t + "\n" + publishedSummary(publishedJson(published, in, out));
 }
 
 QVector<int> clippedPatches(const QVector<QColor>& measured)

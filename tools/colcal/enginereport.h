@@ -1,5 +1,7 @@
 #pragma once
 
+#include "publishedchart.h"
+
 #include <QColor>
 #include <QJsonArray>
 #include <QJsonObject>
@@ -11,6 +13,9 @@
 #include <vector>
 
 class ColorCalibrationV1;
+namespace cli {
+class Args;
+}
 
 /// The 24 rows read by cli::readNumberRows as an engine chart.
 dlib::matrix<double, 24, 3> chartFromRows(const std::vector<std::vector<double>>& rows);
@@ -20,10 +25,23 @@ dlib::matrix<double, 24, 3> chartFromRows(const std::vector<std::vector<double>>
 void runEngine(ColorCalibrationV1& engine, const dlib::matrix<double, 24, 3>& measured);
 
 /// Results of an engine on which the chain has run: gains, matrix, hue/saturation,
-/// gamma, means and, per step, the chart and per-patch errors after that step.
-QJsonObject engineReportJson(ColorCalibrationV1& engine);
+/// gamma, means and, per step, the chart and per-patch errors after that step;
+/// "publishedChart" scores the measured and the corrected chart against `published`.
+QJsonObject engineReportJson(ColorCalibrationV1& engine, const PublishedChart& published);
 /// The same as a table for people.
-QString engineReportTable(ColorCalibrationV1& engine);
+QString engineReportTable(ColorCalibrationV1& engine, const PublishedChart& published);
+
+/// The chart edition of "--published-chart" (post-2014 unless given); BadInput for another word.
+PublishedChart publishedChart(const cli::Args& args);
+/// How the published-chart figures were made, for their labels.
+QString publishedLabel(const PublishedChart& published);
+/// {"label", "edition", "meanDeltaE":{"before","after"}, "meanDeltaC":{...},
+/// "deltaEBefore":[24], "deltaEAfter", "deltaCBefore", "deltaCAfter"}: the
+/// CIEDE2000 error of two charts (linear RGB, 0..255) against the published values.
+QJsonObject publishedJson(const PublishedChart& published, const dlib::matrix<double, 24, 3>& before,
+                          const dlib::matrix<double, 24, 3>& after);
+/// Its means as one line for the tables.
+QString publishedSummary(const QJsonObject& publishedJson);
 
 /// Common names of the chart's patches, in chart order.
 const char* patchName(int patch);

@@ -18,6 +18,8 @@ struct Entry {
 };
 
 const cli::Option kJson{"json", {}, "one JSON object on stdout instead of the table"};
+const cli::Option kPublished{"published-chart", "EDITION",
+                             "also score against the published chart values (D50): post-2014 (default) or pre-2014"};
 const cli::Option kCamera{"camera", "ID", "the camera (default emu-cmed-0; `colcal cameras` lists them)"};
 
 const std::map<QString, Entry>& commands()
@@ -38,7 +40,7 @@ const std::map<QString, Entry>& commands()
             {"user-set", "NAME", "store the calibrated settings in the camera's user set NAME"},
             {"set-default", {}, "make that user set the one the camera starts with"},
             {"timeout-s", "SECONDS", "longest wait for the automatic brightness (default 120)"},
-            kJson},
+            kPublished, kJson},
            {"colcal calibrate --camera emu-cmed-0 --report-dir out/reports --settings-dir out/settings"}}}},
         {"cameras",
          {runCameras,
@@ -63,7 +65,7 @@ const std::map<QString, Entry>& commands()
          {runEngineCommand,
           {"engine", "FILE", "Calibrate a measured chart. 24 rows R,G,B (linear, 0..255, chart order) give gains, "
                              "matrix,\nhue/saturation, gamma and each step's chart and errors.",
-           {kJson}, {"colcal engine tools/colcal/samples/measured_chart.csv"}}}},
+           {kPublished, kJson}, {"colcal engine tools/colcal/samples/measured_chart.csv"}}}},
         {"analyze",
          {runAnalyze,
           {"analyze", "IMAGE", "Find the 24-patch chart in a photo (or take --grid), measure the patches and calibrate them.",
@@ -71,7 +73,7 @@ const std::map<QString, Entry>& commands()
             {"linear", {}, "the image holds linear values"},
             {"srgb", {}, "the image is sRGB-encoded (default: 8-bit images are sRGB, deeper ones linear)"},
             {"overlay", "OUT.png", "draw the grid and the patches on the image"},
-            kJson},
+            kPublished, kJson},
            {"colcal analyze chart.jpg --overlay chart_overlay.png"}}}},
         {"find-chart",
          {runFindChart,

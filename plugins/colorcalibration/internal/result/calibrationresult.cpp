@@ -326,9 +326,11 @@ bool CalibrationResult::SaveSummaryToFilePath(const QString& path, const QImage&
     if (!CreateImageFile(folder, "calibrated.png", calibrated) || !CreateImageFile(folder, "original.png", original))
         return false;
     // The report's pictures also as files of their own, for slides and mails.
-    const ReportPictures pictures(results.value("PreciseColors").toObject());
-    return !pictures.isValid() || (CreateImageFile(folder, "patches.png", pictures.patchesImage()) &&
-                                   CreateImageFile(folder, "colour_error.png", pictures.errorImage()));
+    const ReportPictures pictures(results.value("PreciseColors").toObject(), m_publishedEdition);
+    return !pictures.isValid() ||
+           (CreateImageFile(folder, "patches.png", pictures.patchesImage()) &&
+            CreateImageFile(folder, "colour_error.png", pictures.errorImage()) &&
+            CreateImageFile(folder, "colour_error_published.png", pictures.publishedErrorImage()));
 }
 
 void CalibrationResult::GenerateSummary(QStringList& html, QJsonObject results)
@@ -364,10 +366,14 @@ void CalibrationResult::GenerateSummary(QStringList& html, QJsonObject results)
             BuildHTMLTable(html, "Original,Calibrated", branches, key, false);
     }
     // After the tables, what a person would rather look at; inline SVG keeps the report one file.
-    const ReportPictures pictures(results.value("PreciseColors").toObject());
+    // The published-value picture lets a user compare with other tools; the
+    // tables above keep the engine's own targets.
+    const ReportPictures pictures(results.value("PreciseColors").toObject(), m_publishedEdition);
     if (pictures.isValid()) {
-        for (const auto& [title, picture] : {std::pair<QString, QString>{tr("Patches"), pictures.patchesSvg()},
-                                             std::pair<QString, QString>{tr("Colour error"), pictures.errorSvg()}})
+        for (const auto& [title, picture] :
+             {std::pair<QString, QString>{ReportPictures::patchesTitle(), pictures.patchesSvg()},
+              std::pair<QString, QString>{ReportPictures::errorTitle(), pictures.errorSvg()},
+              std::pair<QString, QString>{ReportPictures::publishedErrorTitle(), pictures.publishedErrorSvg()}})
             html << QString("<br/><div class=\"subtitle\"><h2>%1</h2></div><div class=\"separator\"></div>")
                         .arg(title.toHtmlEscaped())
                  << "<div class=\"info-text\">" + picture + "</div>";

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "publishedchartedition.h"
+
 #include <QImage>
 #include <QJsonObject>
 #include <QMap>
@@ -38,6 +40,9 @@ public:
     bool SaveSummaryToFilePath(const QString& path, const QImage& calibrated, const QImage& original,
                                QJsonObject results);
 
+    /// The published chart values the report's extra error picture compares with.
+    void SetPublishedChartEdition(PublishedChartEdition edition) { m_publishedEdition = edition; }
+
     QString GetStoredSettings() const { return m_storedSettings; }
     QString GetActualSettings() const { return m_actualSettings; }
 
@@ -65,4 +70,5 @@ private:
     QString m_actualSettings;
     QString m_cameraLabel;
     QMap<QString, QString> m_rowTitles;
+    PublishedChartEdition m_publishedEdition = PublishedChartEdition::Post2014;
 };

@@ -2,7 +2,9 @@
 
 #include "colorchecker.h"
 #include "original.h"
+#include "publishedchart.h"
 
+#include <QCoreApplication>
 #include <QGuiApplication>
 #include <QPainter>
 #include <QRegularExpression>
@@ -34,6 +36,11 @@ bool parseColour(const QJsonValue& value, QColor& colour)
     return true;
 }
 
+QString targetsCaption()
+{
+    return QCoreApplication::translate("CalibrationResult", "dE00 per patch");
+}
+
 QString number(double v)
 {
     return QString::number(v, 'f', 1);
@@ -41,7 +48,22 @@ QString number(double v)
 
 }  // namespace
 
-ReportPictures::ReportPictures(const QJsonObject& preciseColors)
+QString ReportPictures::patchesTitle()
+{
+    return QCoreApplication::translate("CalibrationResult", "Patches");
+}
+
+QString ReportPictures::errorTitle()
+{
+    return QCoreApplication::translate("CalibrationResult", "Colour error");
+}
+
+QString ReportPictures::publishedErrorTitle()
+{
+    return QCoreApplication::translate("CalibrationResult", "Colour error against the published chart values");
+}
+
+ReportPictures::ReportPictures(const QJsonObject& preciseColors, PublishedChartEdition edition) : m_edition(edition)
 {
     for (int k = 0; k < kPatches; ++k) {
         const QJsonObject p = preciseColors.value(QString("Patch%1").arg(k + 1, 2, 10, QChar('0'))).toObject();
@@ -68,6 +90,16 @@ ReportPictures::ReportPictures(const QJsonObject& preciseColors)
     uncorrected.SetOutputChart(chart);
     for (int k = 0; k < kPatches; ++k)
         m_before << uncorrected.GetError(k, false, false);
+    // The session scores the calibrated camera's sRGB output decoded to linear,
+    // the uncorrected camera's linear output as it is; so does this.
+    const PublishedChart published(edition);
+    const ColorSpace cs;
+    for (int k = 0; k < kPatches; ++k) {
+        dlib::matrix<double, 1, 3> after;
+        after = m_current[k].redF() * 255.0, m_current[k].greenF() * 255.0, m_current[k].blueF() * 255.0;
+        m_publishedBefore << published.deltaE(k, dlib::rowm(chart, k));
+        m_publishedAfter << published.deltaE(k, cs.sRGB_to_RGB(after));
+    }
     m_valid = true;
 }
 
@@ -76,10 +108,11 @@ ReportPictures::Picture ReportPictures::patches() const
     // Six columns of four rows as the chart hangs; each patch: target on top,
     // before and after side by side below, as swatch charts compare them.
     constexpr int cell = 130, gap = 12, margin = 20, legend = 30;
-    Picture p{QSize(2 * margin + 6 * cell + 5 * gap, 2 * margin + legend + 4 * (cell + 18) + 3 * gap), "Patches", {}};
+    Picture p{QSize(2 * margin + 6 * cell + 5 * gap, 2 * margin + legend + 4 * (cell + 18) + 3 * gap), patchesTitle(), {}};
     Group key{"legend", {}};
     key.marks << Mark{Mark::Text, QRectF(margin, margin, 600, 20), QColor(60, 60, 60),
-                      "Each patch: target (top), before (bottom left), after (bottom right)"};
+                      QCoreApplication::translate("CalibrationResult",
+                                                  "Each patch: target (top), before (bottom left), after (bottom right)")};
     p.groups << key;
     for (int k = 0; k < kPatches; ++k) {
         const double x = margin + (k % 6) * (cell + gap);
@@ -95,19 +128,22 @@ ReportPictures::Picture ReportPictures::patches() const
     return p;
 }
 
-ReportPictures::Picture ReportPictures::errors() const
+ReportPictures::Picture ReportPictures::errors(const QVector<double>& before, const QVector<double>& after,
+                                               const QString& title, const QString& caption)
 {
     constexpr int left = 50, top = 40, plotH = 260, slot = 36, bar = 14, bottom = 40;
-    const double mean[2] = {std::accumulate(m_before.begin(), m_before.end(), 0.0) / kPatches,
-                            std::accumulate(m_after.begin(), m_after.end(), 0.0) / kPatches};
-    const double highest = std::max(*std::max_element(m_before.begin(), m_before.end()),
-                                    *std::max_element(m_after.begin(), m_after.end()));
+    const double mean[2] = {std::accumulate(before.begin(), before.end(), 0.0) / kPatches,
+                            std::accumulate(after.begin(), after.end(), 0.0) / kPatches};
+    const double highest = std::max(*std::max_element(before.begin(), before.end()),
+                                    *std::max_element(after.begin(), after.end()));
     // The axis ends at the next multiple of 5 so the grid lines have round values.
     const double axis = std::max(5.0, std::ceil(highest / 5.0) * 5.0);
     const auto yOf = [&](double v) { return top + plotH * (1.0 - v / axis); };
     const QColor colours[2] = {QColor(170, 170, 170), QColor(20, 72, 126)};
     const QString names[2] = {"before", "after"};
-    Picture p{QSize(left + kPatches * slot + 20, top + plotH + bottom), "Colour error", {}};
+    const QString legends[2] = {QCoreApplication::translate("CalibrationResult", "before (camera as found), mean %1"),
+                                QCoreApplication::translate("CalibrationResult", "after, mean %1")};
+    Picture p{QSize(left + kPatches * slot + 20, top + plotH + bottom + 20), title, {}};
 
     Group axes{"axes", {}};
     for (double v = 0; v <= axis + 1e-9; v += 5) {
@@ -115,11 +151,11 @@ ReportPictures::Picture ReportPictures::errors() const
                            QColor(220, 220, 220), {}}
                    << Mark{Mark::Text, QRectF(0, yOf(v) - 8, left - 6, 16), QColor(90, 90, 90), QString::number(v)};
     }
-    axes.marks << Mark{Mark::Text, QRectF(0, 8, 300, 20), QColor(60, 60, 60), "dE00 per patch"};
+    axes.marks << Mark{Mark::Text, QRectF(0, top + plotH + bottom - 2, 900, 20), QColor(60, 60, 60), caption};
     p.groups << axes;
     for (int k = 0; k < kPatches; ++k) {
         const double x = left + k * slot + (slot - 2 * bar) / 2.0;
-        const double v[2] = {m_before[k], m_after[k]};
+        const double v[2] = {before[k], after[k]};
         for (int i = 0; i < 2; ++i) {
             Group g{"bar " + names[i], {}};
             g.marks << Mark{Mark::Rect, QRectF(QPointF(x + i * bar, yOf(v[i])), QPointF(x + (i + 1) * bar, yOf(0))),
@@ -137,7 +173,7 @@ ReportPictures::Picture ReportPictures::errors() const
                         colours[i], {}}
                 << Mark{Mark::Rect, QRectF(left + 200 + i * 300, 10, 14, 14), colours[i], names[i]}
                 << Mark{Mark::Text, QRectF(left + 220 + i * 300, 8, 260, 18), QColor(60, 60, 60),
-                        QString("%1, mean %2").arg(i == 0 ? QString("before (camera as found)") : names[i], QString::number(mean[i], 'f', 2))};
+                        legends[i].arg(mean[i], 0, 'f', 2)};
         p.groups << m;
     }
     return p;
@@ -147,7 +183,7 @@ QString ReportPictures::svg(const Picture& picture)
 {
     QString out = QString("<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%1\" height=\"%2\" viewBox=\"0 0 %1 %2\" "
                           "font-family=\"Arial, sans-serif\" font-size=\"12\"><title>%3</title>\n")
-                      .arg(picture.size.width()).arg(picture.size.height()).arg(picture.title);
+                      .arg(picture.size.width()).arg(picture.size.height()).arg(picture.title.toHtmlEscaped());
     for (const Group& g : picture.groups) {
         out += QString("<g class=\"%1\">").arg(g.cls);
         for (const Mark& m : g.marks) {
@@ -212,7 +248,20 @@ QString ReportPictures::patchesSvg() const
 
 QString ReportPictures::errorSvg() const
 {
-    return svg(errors());
+    return svg(errors(m_before, m_after, errorTitle(), targetsCaption()));
+}
+
+QString ReportPictures::publishedErrorSvg() const
+{
+    return svg(errors(m_publishedBefore, m_publishedAfter, publishedErrorTitle(), publishedCaption()));
+}
+
+QString ReportPictures::publishedCaption() const
+{
+    return QCoreApplication::translate("CalibrationResult",
+                                       "dE00 per patch against the published chart values (D50, %1 chart; "
+                                       "measured colours adapted from D65 by Bradford)")
+        .arg(PublishedChart::editionName(m_edition));
 }
 
 QImage ReportPictures::patchesImage() const
@@ -222,5 +271,10 @@ QImage ReportPictures::patchesImage() const
 
 QImage ReportPictures::errorImage() const
 {
-    return image(errors());
+    return image(errors(m_before, m_after, errorTitle(), targetsCaption()));
+}
+
+QImage ReportPictures::publishedErrorImage() const
+{
+    return image(errors(m_publishedBefore, m_publishedAfter, publishedErrorTitle(), publishedCaption()));
 }

@@ -219,3 +219,8 @@ bool ColorCorrectionModel::StopAutoAdjustGray80PercentPatch()
 {
     return m_impl->StopAutoAdjustGray80PercentPatch();
 }
+
+void ColorCorrectionModel::SetPublishedChartEdition(PublishedChartEdition edition)
+{
+    m_impl->SetPublishedChartEdition(edition);
+}

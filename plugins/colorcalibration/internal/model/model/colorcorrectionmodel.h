@@ -5,6 +5,7 @@
 #include "camerainterface.h"
 
 #include "core/eloglevel.h"
+#include "publishedchartedition.h"
 
 #include <QObject>
 #include <QSharedPointer>
@@ -86,6 +87,9 @@ public:
     bool DisableAutoFunctions();
     /// Ends a running brightness loop after its current round and waits for it.
     bool StopAutoAdjustGray80PercentPatch();
+    /// Which published chart values the report's extra error picture compares
+    /// with (post-2014 unless set); the report's tables keep the engine's targets.
+    void SetPublishedChartEdition(PublishedChartEdition edition);
 
 private:
     ColorCorrectionModelImpl* m_impl;

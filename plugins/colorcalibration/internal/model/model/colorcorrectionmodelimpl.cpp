@@ -241,6 +241,12 @@ void ColorCorrectionModelImpl::forgetMeasurements()
     m_discriminator->setGridPosition(grid);
 }
 
+void ColorCorrectionModelImpl::SetPublishedChartEdition(PublishedChartEdition edition)
+{
+    std::lock_guard<std::recursive_mutex> lock(m_mutex);
+    m_publishedEdition = edition;
+}
+
 bool ColorCorrectionModelImpl::StopAutoAdjustGray80PercentPatch()
 {
     CameraJustify* justify;
@@ -812,6 +818,7 @@ bool ColorCorrectionModelImpl::SaveSummaryToFilePath(const QString& path)
     if (!isCameraOpen() || !m_result)
         return false;
     const QJsonObject document = GetCalibrationsResultsJson();
+    m_result->SetPublishedChartEdition(m_publishedEdition);
     return m_result->SaveSummaryToFilePath(path, m_initialImage.toQImage(), m_lastImage.toQImage(), document);
 }
 

@@ -5,6 +5,7 @@
 #include "camerainterface.h"
 
 #include "dataprocessing/image.h"
+#include "publishedchartedition.h"
 
 #include <QPointer>
 #include <QSharedPointer>
@@ -118,6 +119,7 @@ public:
     /// Close and RestoreSettingsBackup do this first. Not from the loop's own thread.
     /// Gives up with false after CameraJustify::kAutoBrightnessStopTimeoutMs.
     bool StopAutoAdjustGray80PercentPatch();
+    void SetPublishedChartEdition(PublishedChartEdition edition);
     /// The grab behind GrabImage(QImage&): the shared image with both pixel buffers.
     bool GrabImage(Plugin::DataProcessing::CImage& image, bool grabNew);
 
@@ -162,6 +164,7 @@ private:
     double m_gamma = 1.0;
     bool m_srgbGammaApplied = false;
     CalibrationResult* m_result = nullptr;
+    PublishedChartEdition m_publishedEdition = PublishedChartEdition::Post2014;
     Plugin::DataProcessing::CImage m_initialImage;
     Plugin::DataProcessing::CImage m_lastImage;
     double m_detectedGain = -1.0;

@@ -43,6 +43,38 @@
         <source>To use the Color Calibrator, the LUT had to be disabled. Using a LUT and the Color Calibrator at the same time, would adversely affect the color calibration.</source>
         <translation>Für die Farbkalibrierung musste die LUT deaktiviert werden. Eine gleichzeitig aktive LUT würde die Farbkalibrierung verfälschen.</translation>
     </message>
+    <message>
+        <source>Patches</source>
+        <translation>Farbfelder</translation>
+    </message>
+    <message>
+        <source>Colour error</source>
+        <translation>Farbabweichung</translation>
+    </message>
+    <message>
+        <source>Colour error against the published chart values</source>
+        <translation>Farbabweichung gegenüber den veröffentlichten Farbtafelwerten</translation>
+    </message>
+    <message>
+        <source>Each patch: target (top), before (bottom left), after (bottom right)</source>
+        <translation>Jedes Farbfeld: Ziel (oben), vorher (unten links), nachher (unten rechts)</translation>
+    </message>
+    <message>
+        <source>dE00 per patch</source>
+        <translation>dE00 je Farbfeld</translation>
+    </message>
+    <message>
+        <source>before (camera as found), mean %1</source>
+        <translation>vorher (Kamera wie vorgefunden), Mittelwert %1</translation>
+    </message>
+    <message>
+        <source>after, mean %1</source>
+        <translation>nachher, Mittelwert %1</translation>
+    </message>
+    <message>
+        <source>dE00 per patch against the published chart values (D50, %1 chart; measured colours adapted from D65 by Bradford)</source>
+        <translation>dE00 je Farbfeld gegenüber den veröffentlichten Farbtafelwerten (D50, Farbtafel %1; Messwerte mit Bradford von D65 nach D50 umgerechnet)</translation>
+    </message>
 </context>
 <context>
     <name>ColorCorrectionToolDlg</name>

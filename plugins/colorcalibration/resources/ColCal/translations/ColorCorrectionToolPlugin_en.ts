@@ -43,6 +43,38 @@
         <source>To use the Color Calibrator, the LUT had to be disabled. Using a LUT and the Color Calibrator at the same time, would adversely affect the color calibration.</source>
         <translation>To use the Color Calibrator, the LUT had to be disabled. Using a LUT and the Color Calibrator at the same time, would adversely affect the color calibration.</translation>
     </message>
+    <message>
+        <source>Patches</source>
+        <translation>Patches</translation>
+    </message>
+    <message>
+        <source>Colour error</source>
+        <translation>Colour error</translation>
+    </message>
+    <message>
+        <source>Colour error against the published chart values</source>
+        <translation>Colour error against the published chart values</translation>
+    </message>
+    <message>
+        <source>Each patch: target (top), before (bottom left), after (bottom right)</source>
+        <translation>Each patch: target (top), before (bottom left), after (bottom right)</translation>
+    </message>
+    <message>
+        <source>dE00 per patch</source>
+        <translation>dE00 per patch</translation>
+    </message>
+    <message>
+        <source>before (camera as found), mean %1</source>
+        <translation>before (camera as found), mean %1</translation>
+    </message>
+    <message>
+        <source>after, mean %1</source>
+        <translation>after, mean %1</translation>
+    </message>
+    <message>
+        <source>dE00 per patch against the published chart values (D50, %1 chart; measured colours adapted from D65 by Bradford)</source>
+        <translation>dE00 per patch against the published chart values (D50, %1 chart; measured colours adapted from D65 by Bradford)</translation>
+    </message>
 </context>
 <context>
     <name>ColorCorrectionToolDlg</name>

@@ -43,6 +43,38 @@
         <source>To use the Color Calibrator, the LUT had to be disabled. Using a LUT and the Color Calibrator at the same time, would adversely affect the color calibration.</source>
         <translation>カラーキャリブレーターを使用するため、LUT を無効にする必要がありました。LUT とカラーキャリブレーターを同時に使用すると、カラーキャリブレーションに悪影響を及ぼします。</translation>
     </message>
+    <message>
+        <source>Patches</source>
+        <translation>パッチ</translation>
+    </message>
+    <message>
+        <source>Colour error</source>
+        <translation>色差</translation>
+    </message>
+    <message>
+        <source>Colour error against the published chart values</source>
+        <translation>公表されたチャート値に対する色差</translation>
+    </message>
+    <message>
+        <source>Each patch: target (top), before (bottom left), after (bottom right)</source>
+        <translation>各パッチ: 目標 (上)、補正前 (左下)、補正後 (右下)</translation>
+    </message>
+    <message>
+        <source>dE00 per patch</source>
+        <translation>パッチごとの dE00</translation>
+    </message>
+    <message>
+        <source>before (camera as found), mean %1</source>
+        <translation>補正前 (元のカメラ)、平均 %1</translation>
+    </message>
+    <message>
+        <source>after, mean %1</source>
+        <translation>補正後、平均 %1</translation>
+    </message>
+    <message>
+        <source>dE00 per patch against the published chart values (D50, %1 chart; measured colours adapted from D65 by Bradford)</source>
+        <translation>パッチごとの dE00、公表されたチャート値に対して (D50、%1 のチャート、測定色は Bradford 変換で D65 から D50 へ順応)</translation>
+    </message>
 </context>
 <context>
     <name>ColorCorrectionToolDlg</name>

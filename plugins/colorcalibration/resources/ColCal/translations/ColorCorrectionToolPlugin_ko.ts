@@ -43,6 +43,38 @@
         <source>To use the Color Calibrator, the LUT had to be disabled. Using a LUT and the Color Calibrator at the same time, would adversely affect the color calibration.</source>
         <translation>컬러 캘리브레이터를 사용하기 위해 LUT를 비활성화해야 했습니다. LUT와 컬러 캘리브레이터를 동시에 사용하면 컬러 캘리브레이션에 나쁜 영향을 줍니다.</translation>
     </message>
+    <message>
+        <source>Patches</source>
+        <translation>패치</translation>
+    </message>
+    <message>
+        <source>Colour error</source>
+        <translation>색차</translation>
+    </message>
+    <message>
+        <source>Colour error against the published chart values</source>
+        <translation>공개된 차트 값 대비 색차</translation>
+    </message>
+    <message>
+        <source>Each patch: target (top), before (bottom left), after (bottom right)</source>
+        <translation>각 패치: 목표 (위), 보정 전 (왼쪽 아래), 보정 후 (오른쪽 아래)</translation>
+    </message>
+    <message>
+        <source>dE00 per patch</source>
+        <translation>패치별 dE00</translation>
+    </message>
+    <message>
+        <source>before (camera as found), mean %1</source>
+        <translation>보정 전 (원래 카메라), 평균 %1</translation>
+    </message>
+    <message>
+        <source>after, mean %1</source>
+        <translation>보정 후, 평균 %1</translation>
+    </message>
+    <message>
+        <source>dE00 per patch against the published chart values (D50, %1 chart; measured colours adapted from D65 by Bradford)</source>
+        <translation>패치별 dE00, 공개된 차트 값 대비 (D50, %1 차트, 측정 색상은 Bradford 방식으로 D65에서 D50으로 변환)</translation>
+    </message>
 </context>
 <context>
     <name>ColorCorrectionToolDlg</name>

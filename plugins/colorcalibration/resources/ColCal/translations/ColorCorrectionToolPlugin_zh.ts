@@ -43,6 +43,38 @@
         <source>To use the Color Calibrator, the LUT had to be disabled. Using a LUT and the Color Calibrator at the same time, would adversely affect the color calibration.</source>
         <translation>为使用颜色校准器，必须禁用 LUT。同时使用 LUT 和颜色校准器会对颜色校准产生不利影响。</translation>
     </message>
+    <message>
+        <source>Patches</source>
+        <translation>色块</translation>
+    </message>
+    <message>
+        <source>Colour error</source>
+        <translation>色差</translation>
+    </message>
+    <message>
+        <source>Colour error against the published chart values</source>
+        <translation>相对于已公布色卡值的色差</translation>
+    </message>
+    <message>
+        <source>Each patch: target (top), before (bottom left), after (bottom right)</source>
+        <translation>每个色块：目标（上），校准前（左下），校准后（右下）</translation>
+    </message>
+    <message>
+        <source>dE00 per patch</source>
+        <translation>每个色块的 dE00</translation>
+    </message>
+    <message>
+        <source>before (camera as found), mean %1</source>
+        <translation>校准前（相机原状），平均 %1</translation>
+    </message>
+    <message>
+        <source>after, mean %1</source>
+        <translation>校准后，平均 %1</translation>
+    </message>
+    <message>
+        <source>dE00 per patch against the published chart values (D50, %1 chart; measured colours adapted from D65 by Bradford)</source>
+        <translation>每个色块的 dE00，相对于已公布的色卡值（D50，%1 色卡；测量颜色经 Bradford 从 D65 转换到 D50）</translation>
+    </message>
 </context>
 <context>
     <name>ColorCorrectionToolDlg</name>
