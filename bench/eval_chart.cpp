@@ -2,7 +2,9 @@
 // the annotated real photographs. A grid counts as right when every patch
 // centre it implies lies within a quarter of the local patch pitch of the true
 // centre; a valid grid that is not right is a wrong grid.
-// Usage: eval_chart [COUNT] [--write DIR] [--photos-only] [--family NAME]
+// Usage: eval_chart [COUNT] [--first SEED] [--write DIR] [--photos-only] [--family NAME]
+// Scenes use seeds SEED .. SEED + COUNT - 1 (SEED 1 unless given), so that a
+// change tuned on one range can be checked on another.
 #include "chartscene.h"
 
 #include "colorcorrectionautochartfinder.h"
@@ -115,10 +117,11 @@ struct Family {
 
 const QSize kSizes[] = {{1280, 720}, {1920, 1080}, {1024, 768}, {800, 600}};
 
-void runFamily(ColorCorrectionAutoChartFinder& finder, const Family& family, int count, const QString& writeDir)
+void runFamily(ColorCorrectionAutoChartFinder& finder, const Family& family, int first, int count,
+               const QString& writeDir)
 {
     Tally tally;
-    for (int i = 0; i < count; ++i) {
+    for (int i = first - 1; i < first - 1 + count; ++i) {
         const QSize s = kSizes[i % 4];
         ChartScene::Params p = ChartScene::randomParams(uint32_t(i + 1), s.width(), s.height());
         family.adjust(p, uint32_t(i + 1));
@@ -132,6 +135,9 @@ void runFamily(ColorCorrectionAutoChartFinder& finder, const Family& family, int
                         family.name, i + 1, s.width(), s.height(), ChartScene::pitchOf(truth), p.angleDeg,
                         p.perspective, p.noiseSigma, p.covered, o.valid ? "valid" : "not found", o.worstPitches,
                         searchName(r));
+        if (!o.right && !writeDir.isEmpty())
+            std::printf("    true corners %.1f,%.1f %.1f,%.1f %.1f,%.1f %.1f,%.1f\n", truth[0].x(), truth[0].y(),
+                        truth[1].x(), truth[1].y(), truth[2].x(), truth[2].y(), truth[3].x(), truth[3].y());
         if (!writeDir.isEmpty())
             img.save(QDir(writeDir).filePath(QString("%1_%2.png").arg(family.name).arg(i + 1)));
     }
@@ -144,12 +150,15 @@ int main(int argc, char** argv)
 {
     QGuiApplication app(argc, argv);
     int count = argc > 1 ? std::max(1, atoi(argv[1])) : 100;
+    int first = 1;
     QString writeDir;
     bool photosOnly = false;
     QString onlyFamily;
     for (int i = 1; i < argc; ++i) {
         if (QString(argv[i]) == "--write" && i + 1 < argc)
             writeDir = argv[i + 1];
+        if (QString(argv[i]) == "--first" && i + 1 < argc)
+            first = std::max(1, atoi(argv[i + 1]));
         if (QString(argv[i]) == "--family" && i + 1 < argc)
             onlyFamily = argv[i + 1];
         photosOnly = photosOnly || QString(argv[i]) == "--photos-only";
@@ -166,7 +175,7 @@ int main(int argc, char** argv)
     if (!photosOnly)
         for (const Family& f : families)
             if (onlyFamily.isEmpty() || onlyFamily == f.name)
-                runFamily(finder, f, count, writeDir);
+                runFamily(finder, f, first, count, writeDir);
     if (!onlyFamily.isEmpty())
         return 0;
 

@@ -135,9 +135,10 @@ INSTANTIATE_TEST_SUITE_P(Photos, FinderOnPhotos, ::testing::ValuesIn(kPhotos));
 struct FamilyRow {
     const char* name;
     double pitch;     // 0: the scene's own scale
-    double angleDeg;
+    double angleDeg;  // NaN: the scene's own tilt
     int covered;
     uint32_t seed;
+    QSize frame = {1024, 768};
 };
 
 void PrintTo(const FamilyRow& row, std::ostream* os)
@@ -150,9 +151,10 @@ class FinderOnScenes : public ::testing::TestWithParam<FamilyRow> {};
 TEST_P(FinderOnScenes, TheExtendedSearchFindsWhatTheStandardOneCannot)
 {
     const FamilyRow& row = GetParam();
-    ChartScene::Params p = ChartScene::randomParams(row.seed, 1024, 768);
+    ChartScene::Params p = ChartScene::randomParams(row.seed, row.frame.width(), row.frame.height());
     p.pitch = row.pitch;
-    p.angleDeg = row.angleDeg;
+    if (!std::isnan(row.angleDeg))
+        p.angleDeg = row.angleDeg;
     p.covered = row.covered;
     Quad truth;
     const QImage image = ChartScene::render(p, truth);
@@ -177,6 +179,18 @@ const FamilyRow kScenes[] = {
     {"upright turned 225 degrees", 0.0, 225.0, 0, 6},
     {"two patches covered", 40.0, 10.0, 2, 7},
     {"three patches covered, turned 300 degrees", 30.0, 300.0, 3, 8},
+    // A corner of the grid a fifth of a pitch off its patch, where the final
+    // placement's samples snapped to whole pixels.
+    {"pitch 12 px, upright", 12.0, NAN, 0, 9, {1280, 720}},
+    {"pitch 11 px, foreshortened", 8.0 + 12.0 * 27 / 99, NAN, 0, 71},
+    // The corner at the black patch, which shows nothing on the black frame,
+    // a third of a pitch off where moves along one axis alone could not mend it.
+    {"pitch 12 px, noisy", 8.0 + 12.0 * 35 / 99, NAN, 0, 1155},
+    // Three covered patches pull the colour match over all 24 under the bar;
+    // two among the search's nine samples hide the chart from the search.
+    {"three patches covered, a corner one among them", 0.0, NAN, 3, 20, {800, 600}},
+    {"three patches covered, one in the grey row", 0.0, NAN, 3, 92, {800, 600}},
+    {"three patches covered, two of them searched", 0.0, NAN, 3, 26, {1920, 1080}},
 };
 
 INSTANTIATE_TEST_SUITE_P(Families, FinderOnScenes, ::testing::ValuesIn(kScenes));

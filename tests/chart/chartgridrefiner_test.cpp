@@ -80,6 +80,44 @@ TEST(ChartGridRefiner, RowsSqueezedTogetherSpreadBackOntoThePatches)
     EXPECT_LE(worstError(ChartGridRefiner::refine(renderChart(), start)), 1.5);
 }
 
+TEST(ChartGridRefiner, SmallChartSettlesWithinATenthOfAPitch)
+{
+    // Pitch 12 px at a fractional origin, edges antialiased: the final
+    // placement of a chart far from the camera, started at the reduced
+    // image's pitch error; a fifth of a pitch off puts a cell's middle on the frame.
+    const double pitch = 12.0;
+    const QPointF origin(40.3, 30.6);
+    QImage img(160, 110, QImage::Format_RGB32);
+    img.fill(QColor(90, 90, 90));
+    QPainter painter(&img);
+    painter.setRenderHint(QPainter::Antialiasing);
+    // Painted coordinates cover pixels, the refiner's address pixel centres.
+    painter.translate(0.5, 0.5);
+    painter.fillRect(QRectF(origin - QPointF(0.8, 0.8) * pitch, QSizeF(6.6, 4.6) * pitch), Qt::black);
+    QVector<QPointF> truth;
+    for (int k = 0; k < 24; ++k) {
+        truth << origin + QPointF(k % 6, k / 6) * pitch;
+        painter.fillRect(QRectF(truth.back() - QPointF(0.4, 0.4) * pitch, QSizeF(0.8, 0.8) * pitch),
+                         QColor::fromHsv(k * 15 % 360, 80 + k * 7, 120 + k * 5));
+    }
+    painter.end();
+    const QPointF middle = origin + QPointF(2.5, 1.5) * pitch;
+    for (double scale : {1.1, 0.92}) {
+        for (const QPointF& off : {QPointF(0, 0), QPointF(2.4, -1.2), QPointF(-1.8, 1.8)}) {
+            // A grid of the wrong pitch about the chart's middle, its top-right patch moved.
+            QVector<QPointF> start;
+            for (int k = 0; k < 24; ++k)
+                start << middle + (truth[k] - middle) * scale + off * (k % 6 / 5.0) * (1.0 - k / 6 / 3.0);
+            const QVector<QPointF> found = ChartGridRefiner::refine(img, start);
+            double worst = 0.0;
+            for (int k = 0; k < 24; ++k)
+                worst = std::max(worst, std::hypot(found[k].x() - truth[k].x(), found[k].y() - truth[k].y()));
+            EXPECT_LE(worst, 0.1 * pitch) << "pitch x " << scale << ", top-right patch moved by " << off.x() << ","
+                                          << off.y();
+        }
+    }
+}
+
 TEST(ChartGridRefiner, GridInPlaceStays)
 {
     const QVector<QPointF> start = grid(QPointF(0, 0), kPitch);

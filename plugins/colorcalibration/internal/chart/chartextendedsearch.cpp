@@ -126,7 +126,8 @@ QVector<QPoint> ChartExtendedSearch::find(ColorCorrectionAutoChartFinderImpl& im
             ladder.xMargin = 1.0;
             ladder.yMargin = 1.0;
             ladder.minScore = prm.minSearchScore;
-            ladder.leaveOneOutSlack = prm.leaveOneOutSlack;
+            ladder.leaveOutSlack = prm.leaveOutSlack;
+            ladder.samplesLeftOut = prm.searchSamplesLeftOut;
             for (const auto& c :
                  ColorCorrectionAutoChartFinderImpl::searchPlacements(band.rg, band.bg, ladder, prm.candidates))
                 tried.push_back({c, &band});
@@ -156,12 +157,14 @@ QVector<QPoint> ChartExtendedSearch::find(ColorCorrectionAutoChartFinderImpl& im
         for (const Tried& t : search(size_t(levelBands.first), size_t(levelBands.second))) {
             const Band& band = *t.band;
             float placementScore = 0.0f;
-            const QVector<QPoint> initial = impl.refinePlacement(band.rg, band.bg, t.candidate, &placementScore);
+            const QVector<QPoint> initial =
+                impl.refinePlacement(band.rg, band.bg, t.candidate, &placementScore, prm.coveredPatches);
             // Settling a grid costs far more than the search; one whose 24
             // patches match the chart's colours this poorly is not worth it.
             if (placementScore < prm.minPlacementScore)
                 continue;
-            const QVector<QPoint> corners = impl.placeGrid(image, band.blurred, initial, band.scale, accept, false);
+            const QVector<QPoint> corners =
+                impl.placeGrid(image, band.blurred, initial, band.scale, accept, false, prm.coveredPatches);
             if (ColorCorrectionAutoChartFinder::validate(corners, image.size()).valid)
                 return corners;
         }

@@ -66,14 +66,18 @@ std::array<double, 2> opponent(const Rgb& c, const Rgb& gain)
 Rgb greyGain(const std::array<Rgb, kPatches>& cells)
 {
     // The middle greys: the white may clip and the black is mostly noise.
-    Rgb sum;
+    // Per channel the median of their shares, so that one grey under a
+    // finger or a cable does not tint the balance of the whole chart.
+    std::vector<double> shares[3];
     for (int k = kFirstGrey + 1; k <= kFirstGrey + 4; ++k) {
-        sum.r += cells[k].r;
-        sum.g += cells[k].g;
-        sum.b += cells[k].b;
+        const Rgb& c = cells[k];
+        const double mean = std::max((c.r + c.g + c.b) / 3.0, 1e-6);
+        shares[0].push_back(c.r / mean);
+        shares[1].push_back(c.g / mean);
+        shares[2].push_back(c.b / mean);
     }
-    const double mean = (sum.r + sum.g + sum.b) / 3.0;
-    return {mean / std::max(sum.r, 1e-6), mean / std::max(sum.g, 1e-6), mean / std::max(sum.b, 1e-6)};
+    return {1.0 / std::max(median(shares[0]), 1e-6), 1.0 / std::max(median(shares[1]), 1e-6),
+            1.0 / std::max(median(shares[2]), 1e-6)};
 }
 
 const std::array<Rgb, kPatches>& expectedCells()
@@ -201,7 +205,9 @@ ChartGridCheck::Measures ChartGridCheck::measure(const QImage& source, const QVe
         measuredSq += o[0] * o[0] + o[1] * o[1];
         expectedSq += e[0] * e[0] + e[1] * e[1];
     }
-    m.greyChroma = median(greyChroma) / std::max(median(colourChroma), 1e-6);
+    // The third most neutral grey: up to three of the six may lie under
+    // something coloured and the row still reads as grey.
+    m.greyChroma = quantile(greyChroma, 2.0 / 6.0) / std::max(median(colourChroma), 1e-6);
     m.hueAgreement = measuredSq > 0 && expectedSq > 0 ? dot / std::sqrt(measuredSq * expectedSq) : -1.0;
     return m;
 }

@@ -24,7 +24,7 @@ public:
         /// Largest fall in lightness from one grey cell to a later one, over
         /// the mean neighbour step: the range, unless an end is covered.
         double greyDrop = 0.0;
-        /// Median chroma of the grey cells over that of the colour cells,
+        /// Chroma of the third most neutral grey cell over the median of the colour cells,
         /// after balancing on the grey row.
         double greyChroma = 1.0;
         /// Share of the borders between neighbouring cells whose colour is that

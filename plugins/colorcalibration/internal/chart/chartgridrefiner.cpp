@@ -3,6 +3,7 @@
 #include <QPolygonF>
 #include <QTransform>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <vector>
@@ -66,11 +67,20 @@ double spread(const QImage& image, const Corners& c, double halfCell = kHalfCell
                 const double px0 = (m11 * gx + m21 * gy + m31) / w, py0 = (m12 * gx + m22 * gy + m32) / w;
                 if (!(px0 > -0.5 && py0 > -0.5 && px0 < width - 0.5 && py0 < height - 0.5))
                     return INFINITY;
-                const int x = int(std::lround(px0)), y = int(std::lround(py0));
-                if (x < 0 || y < 0 || x >= width || y >= height)
-                    return INFINITY;
-                const QRgb px = reinterpret_cast<const QRgb*>(bits + y * stride)[x];
-                const double ch[3] = {double(qRed(px)), double(qGreen(px)), double(qBlue(px))};
+                // Bilinear: at a pitch of a few pixels nearest-pixel samples
+                // make the spread a staircase in the corners' positions, and
+                // the descent stops on a step with a corner a fifth of a pitch off.
+                const int x0 = std::clamp(int(px0), 0, std::max(0, width - 2));
+                const int y0 = std::clamp(int(py0), 0, std::max(0, height - 2));
+                const int x1 = std::min(x0 + 1, width - 1), y1 = std::min(y0 + 1, height - 1);
+                const double fx = std::clamp(px0 - x0, 0.0, 1.0), fy = std::clamp(py0 - y0, 0.0, 1.0);
+                const QRgb* top = reinterpret_cast<const QRgb*>(bits + y0 * stride);
+                const QRgb* bottom = reinterpret_cast<const QRgb*>(bits + y1 * stride);
+                auto mix = [&](int (*channel)(QRgb)) {
+                    return (1 - fy) * ((1 - fx) * channel(top[x0]) + fx * channel(top[x1])) +
+                           fy * ((1 - fx) * channel(bottom[x0]) + fx * channel(bottom[x1]));
+                };
+                const double ch[3] = {mix(qRed), mix(qGreen), mix(qBlue)};
                 for (int n = 0; n < 3; ++n) {
                     s[n] += ch[n];
                     q[n] += ch[n] * ch[n];
@@ -102,19 +112,45 @@ QVector<QPointF> ChartGridRefiner::refine(const QImage& source, const QVector<QP
     const double initial = best;
     if (!std::isfinite(best))
         return centres;
-    const QPointF directions[4] = {QPointF(1, 0), QPointF(-1, 0), QPointF(0, 1), QPointF(0, -1)};
+    // Diagonals too: next to the black patch, which shows nothing on the
+    // black frame, a corner can sit where every move along one axis alone
+    // makes things worse.
+    const double r = std::sqrt(0.5);
+    const QPointF directions[8] = {QPointF(1, 0), QPointF(-1, 0), QPointF(0, 1),  QPointF(0, -1),
+                                   QPointF(r, r), QPointF(-r, -r), QPointF(r, -r), QPointF(-r, r)};
     // Each move shifts the corner patches whose bits are set: all four first,
-    // so that single corners only trim the shape.
+    // so that single corners only trim the shape. Moving all four also
+    // grows and shrinks the grid about its middle: the reduced image's pitch
+    // can be a tenth off, which single corners mend only through detours.
     auto descend = [&](double halfCell, double firstStep, double best, const std::vector<int>& moves) {
     for (double step = firstStep; step >= std::max(0.01 * pitch, 0.5); step *= 0.5) {
         for (int pass = 0; pass < 4; ++pass) {
             bool moved = false;
             for (int mask : moves) {
+                // The best of the moves, not the first that helps: a grid a
+                // fifth of a pitch off can also gain by moving on across the
+                // gap, partly onto the next patch.
+                const Corners from = c;
+                std::vector<Corners> trials;
                 for (const QPointF& d : directions) {
-                    Corners trial = c;
+                    Corners trial = from;
                     for (int n = 0; n < 4; ++n)
                         if (mask & (1 << n))
                             trial[n] += d * step;
+                    trials.push_back(trial);
+                }
+                if (mask == 15) {
+                    const QPointF middle = (from[0] + from[1] + from[2] + from[3]) / 4.0;
+                    for (const double sign : {1.0, -1.0}) {
+                        Corners trial = from;
+                        for (QPointF& p : trial) {
+                            const QPointF out = p - middle;
+                            p += out * (sign * step / std::max(1.0, std::hypot(out.x(), out.y())));
+                        }
+                        trials.push_back(trial);
+                    }
+                }
+                for (const Corners& trial : trials) {
                     const double s = spread(image, trial, halfCell);
                     if (s < best) {
                         best = s;

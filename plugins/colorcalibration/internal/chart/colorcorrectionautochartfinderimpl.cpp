@@ -15,6 +15,7 @@
 #include <array>
 #include <cfloat>
 #include <cmath>
+#include <vector>
 
 namespace {
 
@@ -131,41 +132,79 @@ float correlation(const float* x, const float* e, int n)
     return correlation(x, e, n, sumsOf(e, n));
 }
 
-// The best mean of the two ratio correlations with one sample left out of
-// both series: a covered patch among the samples then costs little.
-float bestLeavingOneOut(const float* xr, const float* er, const float* xb, const float* eb, int n)
+// Running sums of a sample series and its expected series, from which the
+// correlation of any part of them follows: parts can be added and taken away.
+struct PairSums {
+    float sx = 0, sxx = 0, sxe = 0, se = 0, see = 0;
+    void add(float x, float e, float sign = 1.0f)
+    {
+        sx += sign * x;
+        sxx += sign * x * x;
+        sxe += sign * x * e;
+        se += sign * e;
+        see += sign * e * e;
+    }
+    void add(const PairSums& o, float sign)
+    {
+        sx += sign * o.sx;
+        sxx += sign * o.sxx;
+        sxe += sign * o.sxe;
+        se += sign * o.se;
+        see += sign * o.see;
+    }
+    float correlation(int m) const
+    {
+        const float mf = float(m);
+        const float vx = std::max(mf * sxx - sx * sx, mf * mf * kMinRatioVariance);
+        const float ve = mf * see - se * se;
+        return ve > 0.0f ? (mf * sxe - sx * se) / std::sqrt(vx * ve) : 0.0f;
+    }
+};
+
+// Mean of the two ratio correlations over groups of `size` samples (one group
+// per patch), leaving out up to `leaveOut` groups, each only while leaving it
+// out raises the score: the patches a finger or a cable covers. Greedy, which
+// finds the covered ones because each of them alone drags the score down.
+float scoreLeavingGroupsOut(const float* xr, const float* er, const float* xb, const float* eb, int groups, int size,
+                            int leaveOut)
 {
-    struct Sums {
-        float sx = 0, sxx = 0, sxe = 0, se = 0, see = 0;
-        void add(float x, float e, float sign)
-        {
-            sx += sign * x;
-            sxx += sign * x * x;
-            sxe += sign * x * e;
-            se += sign * e;
-            see += sign * e * e;
+    if (groups > kPatches)
+        return 0.0f;
+    std::array<PairSums, kPatches> r{}, b{};
+    PairSums rAll, bAll;
+    for (int g = 0; g < groups; ++g) {
+        for (int i = g * size; i < (g + 1) * size; ++i) {
+            r[size_t(g)].add(xr[i], er[i]);
+            b[size_t(g)].add(xb[i], eb[i]);
         }
-        float correlation(int m) const
-        {
-            const float mf = float(m);
-            const float vx = std::max(mf * sxx - sx * sx, mf * mf * kMinRatioVariance);
-            const float ve = mf * see - se * se;
-            return ve > 0.0f ? (mf * sxe - sx * se) / std::sqrt(vx * ve) : 0.0f;
+        rAll.add(r[size_t(g)], 1.0f);
+        bAll.add(b[size_t(g)], 1.0f);
+    }
+    int m = groups * size;
+    float score = 0.5f * (rAll.correlation(m) + bAll.correlation(m));
+    std::array<bool, kPatches> out{};
+    for (int round = 0; round < leaveOut; ++round) {
+        int drop = -1;
+        for (int g = 0; g < groups; ++g) {
+            if (out[size_t(g)])
+                continue;
+            PairSums r1 = rAll, b1 = bAll;
+            r1.add(r[size_t(g)], -1.0f);
+            b1.add(b[size_t(g)], -1.0f);
+            const float s = 0.5f * (r1.correlation(m - size) + b1.correlation(m - size));
+            if (s > score) {
+                score = s;
+                drop = g;
+            }
         }
-    };
-    Sums r, b;
-    for (int i = 0; i < n; ++i) {
-        r.add(xr[i], er[i], 1.0f);
-        b.add(xb[i], eb[i], 1.0f);
+        if (drop < 0)
+            break;
+        out[size_t(drop)] = true;
+        rAll.add(r[size_t(drop)], -1.0f);
+        bAll.add(b[size_t(drop)], -1.0f);
+        m -= size;
     }
-    float best = -1.0f;
-    for (int i = 0; i < n; ++i) {
-        Sums r1 = r, b1 = b;
-        r1.add(xr[i], er[i], -1.0f);
-        b1.add(xb[i], eb[i], -1.0f);
-        best = std::max(best, 0.5f * (r1.correlation(n - 1) + b1.correlation(n - 1)));
-    }
-    return best;
+    return score;
 }
 
 struct Expected {
@@ -191,8 +230,9 @@ const Expected& expectedRatios()
     return e;
 }
 
-// Mean of the two ratio correlations over the given centres (chart indices).
-float chartScore(const Ratios& f, const QVector<QPoint>& centres, const QVector<int>& indices)
+// Mean of the two ratio correlations over the given centres (chart indices),
+// without up to `leftOut` centres that match worst.
+float chartScore(const Ratios& f, const QVector<QPoint>& centres, const QVector<int>& indices, int leftOut)
 {
     const Expected& e = expectedRatios();
     std::vector<float> xr, xb, er, eb;
@@ -206,6 +246,8 @@ float chartScore(const Ratios& f, const QVector<QPoint>& centres, const QVector<
         eb.push_back(e.bg[indices[i]]);
     }
     const int n = int(xr.size());
+    if (leftOut > 0)
+        return scoreLeavingGroupsOut(xr.data(), er.data(), xb.data(), eb.data(), n, 1, leftOut);
     return 0.5f * (correlation(xr.data(), er.data(), n) + correlation(xb.data(), eb.data(), n));
 }
 
@@ -462,11 +504,11 @@ std::vector<ColorCorrectionAutoChartFinderImpl::Candidate> ColorCorrectionAutoCh
                     // the first one leaves no chance to beat the bar, skip the second.
                     const float first = correlation(xr, m.rg, kModelSize, rgSums);
                     const float bar = keep == 1 ? kept[0].score : ladder.minScore;
-                    if (0.5f * (first + 1.01f) <= bar - ladder.leaveOneOutSlack)
+                    if (0.5f * (first + 1.01f) <= bar - ladder.leaveOutSlack)
                         continue;
                     float score = 0.5f * (first + correlation(xb, m.bg, kModelSize, bgSums));
-                    if (ladder.leaveOneOutSlack > 0.0f && score > bar - ladder.leaveOneOutSlack)
-                        score = std::max(score, bestLeavingOneOut(xr, m.rg, xb, m.bg, kModelSize));
+                    if (ladder.leaveOutSlack > 0.0f && score > bar - ladder.leaveOutSlack)
+                        score = scoreLeavingGroupsOut(xr, m.rg, xb, m.bg, kModelSize, 1, ladder.samplesLeftOut);
                     if (keep == 1) {
                         if (score > kept[0].score)
                             kept[0] = Candidate{QPoint(x, y), p, ladder.angles[a], score};
@@ -515,7 +557,8 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::getInitialRegressionPatches(
 }
 
 QVector<QPoint> ColorCorrectionAutoChartFinderImpl::refinePlacement(const FloatMatrix& rg, const FloatMatrix& bg,
-                                                                    const Candidate& candidate, float* score)
+                                                                    const Candidate& candidate, float* score,
+                                                                    int patchesLeftOut)
 {
     const int W = int(rg.nr()), H = int(rg.nc());
     const SearchModel& m = searchModel();
@@ -569,7 +612,9 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::refinePlacement(const FloatM
                     if (!inside)
                         continue;
                     const float score =
-                        0.5f * (correlation(xr, expectedRg, kSamples) + correlation(xb, expectedBg, kSamples));
+                        patchesLeftOut > 0
+                            ? scoreLeavingGroupsOut(xr, expectedRg, xb, expectedBg, kPatches, kSpots, patchesLeftOut)
+                            : 0.5f * (correlation(xr, expectedRg, kSamples) + correlation(xb, expectedBg, kSamples));
                     if (score > fineScore) {
                         fineScore = score;
                         fineCentre = c;
@@ -643,7 +688,8 @@ QPointF predict(const GridFit& fit, double c, double r)
 
 }  // namespace
 
-QVector<QPoint> ColorCorrectionAutoChartFinderImpl::getAllPatchCenter(QImage image, QVector<QPoint> initialCenters)
+QVector<QPoint> ColorCorrectionAutoChartFinderImpl::getAllPatchCenter(QImage image, QVector<QPoint> initialCenters,
+                                                                      int patchesLeftOut)
 {
     const QVector<QPoint> model = modelPatches();
     if (initialCenters.size() < 4 || initialCenters.size() > model.size() || image.isNull())
@@ -743,19 +789,19 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::getAllPatchCenter(QImage ima
     const Ratios ratios{&rg, &bg};
     const GridFit searched = fit;
     const GridFit settled = settle(fit, 3);
-    if (settled.ok && chartScore(ratios, centresOf(settled, 0, 0), indices) >=
-                          chartScore(ratios, centresOf(searched, 0, 0), indices) - kSettleSlack)
+    if (settled.ok && chartScore(ratios, centresOf(settled, 0, 0), indices, patchesLeftOut) >=
+                          chartScore(ratios, centresOf(searched, 0, 0), indices, patchesLeftOut) - kSettleSlack)
         fit = settled;
     // A start more than half a cell off lets the whole grid settle one cell
     // beside the chart, where it still sits on patches. The colours tell the
     // true place: try the neighbouring placements and settle again if one fits better.
-    float bestScore = chartScore(ratios, centresOf(fit, 0, 0), indices);
+    float bestScore = chartScore(ratios, centresOf(fit, 0, 0), indices, patchesLeftOut);
     int bestDc = 0, bestDr = 0;
     for (int dr = -1; dr <= 1; ++dr)
         for (int dc = -1; dc <= 1; ++dc) {
             if (dc == 0 && dr == 0)
                 continue;
-            const float score = chartScore(ratios, centresOf(fit, dc, dr), indices);
+            const float score = chartScore(ratios, centresOf(fit, dc, dr), indices, patchesLeftOut);
             if (score > bestScore) {
                 bestScore = score;
                 bestDc = dc;
@@ -771,7 +817,7 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::getAllPatchCenter(QImage ima
 
     const QVector<QPoint> centres = centresOf(fit, 0, 0);
     // The whole chart must look like the chart, not only the nine search samples.
-    if (chartScore(ratios, centres, indices) < kMinChartScore)
+    if (chartScore(ratios, centres, indices, patchesLeftOut) < kMinChartScore)
         return {};
     return centres;
 }
@@ -831,9 +877,10 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::GetChartPosition(QImage imag
 
 QVector<QPoint> ColorCorrectionAutoChartFinderImpl::placeGrid(const QImage& image, const QImage& blurred,
                                                              const QVector<QPoint>& initial, double f,
-                                                             const GridAcceptance& accept, bool workingPixelCorners)
+                                                             const GridAcceptance& accept, bool workingPixelCorners,
+                                                             int patchesLeftOut)
 {
-    QVector<QPoint> centres = getAllPatchCenter(blurred, initial);
+    QVector<QPoint> centres = getAllPatchCenter(blurred, initial, patchesLeftOut);
     // The reduced, blurred image places the grid to a pixel or two of its
     // 640 columns, which for a small chart is a good part of a patch; the
     // final placement works on the full-size image.

@@ -37,9 +37,10 @@ public:
         /// With more than one kept candidate, only those scoring above this count.
         float minScore = 0.0f;
         /// Above 0, placements scoring within this of the bar are scored
-        /// again with each of the model's samples left out in turn, and keep
-        /// the best: one covered patch among the nine then hides no chart.
-        float leaveOneOutSlack = 0.0f;
+        /// again without up to `samplesLeftOut` of the model's samples, those
+        /// matching worst: covered patches among the nine then hide no chart.
+        float leaveOutSlack = 0.0f;
+        int samplesLeftOut = 1;
     };
     /// Accepts or refuses a settled grid: its 24 centres in working pixels and
     /// in full-size pixels, both in chart order.
@@ -71,9 +72,11 @@ public:
                                                    const SearchLadder& ladder, int keep);
     /// The nine model centres of a placement after a finer search scored on
     /// all 24 patches (red and blue over green ratio fields, working pixels);
-    /// `score` receives that search's best score (as Candidate::score).
+    /// `score` receives that search's best score (as Candidate::score). With
+    /// `patchesLeftOut` above 0 each placement is scored without up to that
+    /// many patches, those whose colours match worst (covered ones).
     QVector<QPoint> refinePlacement(const FloatMatrix& rg, const FloatMatrix& bg, const Candidate& candidate,
-                                    float* score = nullptr);
+                                    float* score = nullptr, int patchesLeftOut = 0);
     /// From the nine model centres on `blurred` (a blurred copy of `working`,
     /// which is `image` reduced by `scale`) to the grid corners in full-size
     /// pixels: completes and refines the grid, places it on the full-size
@@ -82,14 +85,17 @@ public:
     /// scaled up truncated, as the standard search does; without, they are
     /// rounded once in full-size pixels, which a small chart in a large
     /// frame needs (a working pixel can be a third of its pitch).
+    /// `patchesLeftOut` as for getAllPatchCenter.
     QVector<QPoint> placeGrid(const QImage& image, const QImage& blurred, const QVector<QPoint>& initial,
-                              double scale, const GridAcceptance& accept, bool workingPixelCorners = true);
+                              double scale, const GridAcceptance& accept, bool workingPixelCorners = true,
+                              int patchesLeftOut = 0);
     /// Design matrix over grid coordinates (column, row): 1, column, row and,
     /// with `secondOrder`, column * row, column^2, row^2.
     FloatMatrix buildPatchMatrix(QVector<QPoint> gridCoordinates, bool secondOrder);
     /// All 24 centres in chart order, or a shorter list when the fit fails or
-    /// the colours at the fitted centres do not match the chart.
-    QVector<QPoint> getAllPatchCenter(QImage image, QVector<QPoint> initialCenters);
+    /// the colours at the fitted centres do not match the chart; the colour
+    /// match leaves out up to `patchesLeftOut` patches, those matching worst.
+    QVector<QPoint> getAllPatchCenter(QImage image, QVector<QPoint> initialCenters, int patchesLeftOut = 0);
     /// Outer grid corners from the 24 centres, in CTrapezoid order.
     QVector<QPoint> getColorCheckerCorners(QVector<QPoint> centers);
     /// Clamps `value` into [0, limit].

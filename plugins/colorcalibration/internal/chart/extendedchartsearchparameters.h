@@ -29,10 +29,16 @@ struct ExtendedChartSearchParameters {
     int candidates = 6;
     /// Search score a placement needs to be tried at all (1 = perfect match).
     float minSearchScore = 0.45f;
-    /// Placements scoring up to this below the bar are scored again with each
-    /// of the search model's nine samples left out (0: never), so that a
-    /// patch covered by a finger or a cable does not hide the chart.
-    float leaveOneOutSlack = 0.3f;
+    /// Placements scoring up to this below the bar are scored again without
+    /// up to `searchSamplesLeftOut` of the search model's nine samples, those
+    /// matching worst (0: never), so that patches covered by a finger or a
+    /// cable do not hide the chart.
+    float leaveOutSlack = 0.3f;
+    int searchSamplesLeftOut = 2;
+    /// Patches the placement's finer search may leave out of its score, those
+    /// matching the chart worst: covered patches would otherwise pull a chart
+    /// in plain view below `minPlacementScore`.
+    int coveredPatches = 3;
     /// Score of the placement's finer search over all 24 patches a candidate
     /// needs before its grid is settled and checked.
     float minPlacementScore = 0.5f;
