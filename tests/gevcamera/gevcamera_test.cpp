@@ -16,6 +16,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <csignal>
 #include <chrono>
 #include <cmath>
 #include <condition_variable>
@@ -194,6 +195,13 @@ TEST_F(GevCameraTest, ReportsItsModelAndSfncVersion)
     EXPECT_EQ(arv_device_get_integer_feature_value(m_device, "DeviceSFNCVersionSubMinor", &e), 0);
     EXPECT_EQ(arv_device_get_integer_feature_value(m_device, "DeviceColorPipelineVersion", &e), 1);
     EXPECT_EQ(e, nullptr) << errorText(e);
+
+    // Ctrl-C stops it as cleanly as SIGTERM (which every other test uses).
+    g_clear_object(&m_camera);
+    ::kill(static_cast<pid_t>(m_server.processId()), SIGINT);
+    ASSERT_TRUE(m_server.waitForFinished(20000));
+    EXPECT_EQ(m_server.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(m_server.exitCode(), 0);
 }
 
 // Every feature of emu-cmed-0 is there with its type, range, increment,
@@ -369,6 +377,31 @@ TEST_F(GevCameraTest, UserSetSaveAndLoadRoundTrip)
     setString("UserSetSelector", "Default");
     execute("UserSetLoad");
     EXPECT_DOUBLE_EQ(getFloat("Gamma"), 0.7);  // the factory's
+    EXPECT_EQ(e, nullptr) << errorText(e);
+}
+
+// The 12288-character LUT text takes many packets: the camera acts on the
+// whole of it, and a table that does not parse leaves the old one in place.
+TEST_F(GevCameraTest, LongStringArrivesWholeAndABadOneIsRejected)
+{
+    GError* e = nullptr;
+    const std::string factory = arv_device_get_string_feature_value(m_device, "LUTValueAll", &e);
+    ASSERT_EQ(factory.size(), 4096u * 3) << errorText(e);
+    std::string identity;
+    static const char* hex = "0123456789ABCDEF";
+    for (int i = 0; i < 4096; ++i)
+        identity += {hex[(i >> 8) & 15], hex[(i >> 4) & 15], hex[i & 15]};
+    arv_device_set_string_feature_value(m_device, "LUTValueAll", identity.c_str(), &e);
+    ASSERT_EQ(e, nullptr) << errorText(e);
+    EXPECT_EQ(arv_device_get_string_feature_value(m_device, "LUTValueAll", &e), identity);
+    GError* ignored = nullptr;
+    arv_device_set_integer_feature_value(m_device, "LUTIndex", 4000, &ignored);
+    g_clear_error(&ignored);
+    EXPECT_EQ(arv_device_get_integer_feature_value(m_device, "LUTValue", &e), 4000);
+
+    arv_device_set_string_feature_value(m_device, "LUTValueAll", "FFF000", &ignored);
+    g_clear_error(&ignored);
+    EXPECT_EQ(arv_device_get_string_feature_value(m_device, "LUTValueAll", &e), identity);
     EXPECT_EQ(e, nullptr) << errorText(e);
 }
 
