@@ -82,7 +82,11 @@ struct GevCamera::Impl {
 
     std::mutex frameMutex;
     std::condition_variable frameReady;
-    Kalto::CGrabResultPtr frame;
+    using Clock = std::chrono::steady_clock;
+    Kalto::CGrabResultPtr frame;  ///< the newest rendered frame
+    Clock::time_point lastFill;
+    uint64_t lastWriteNs = 0;  ///< steady clock, as the frames' time stamps
+    uint64_t lastSentNs = 0;
 };
 
 GevCamera::Impl::~Impl()
@@ -211,6 +215,13 @@ void GevCamera::Impl::apply(const Slot& s, uint32_t entry)
 void GevCamera::Impl::onWrite(uint32_t address, uint32_t size)
 {
     const uint32_t end = address + size;
+    if (address <= RegisterLayout::kAcquisitionAddress && end >= RegisterLayout::kAcquisitionAddress + 4) {
+        guint32 acquisition = 0;
+        arv_fake_camera_read_register(fake, RegisterLayout::kAcquisitionAddress, &acquisition);
+        if (acquisition == 0)
+            camera.stopAcquisition();
+    }
+    bool touched = false;
     const auto& all = layout.features();
     for (size_t i = 0; i < all.size(); ++i) {
         const Slot& s = all[i];
@@ -236,6 +247,14 @@ void GevCamera::Impl::onWrite(uint32_t address, uint32_t size)
             }
         }
         shadow[i].clear();  // the register holds what the client wrote: put the device's value back
+        touched = true;
+    }
+    if (!touched)
+        return;
+    {
+        std::lock_guard<std::mutex> lock(frameMutex);
+        lastWriteNs = static_cast<uint64_t>(
+            std::chrono::duration_cast<std::chrono::nanoseconds>(Clock::now().time_since_epoch()).count());
     }
     pushAll();
 }
@@ -250,38 +269,41 @@ void GevCamera::Impl::pushAll()
             shadow[i].swap(bytes);
         }
     }
-    const auto periodUs = static_cast<uint32_t>(std::lround(1e6 / camera.frameRate()));
-    uint8_t be[4];
-    putBigEndian(be, periodUs, 4);
-    RegisterWriteHook::writeMemory(fake, RegisterLayout::kFramePeriodAddress, 4, be);
 }
 
 void GevCamera::Impl::fill(ArvBuffer* buffer)
 {
-    // One frame rendered now, so that it shows every write acknowledged before.
-    {
-        std::lock_guard<std::mutex> lock(frameMutex);
-        frame.Release();
-    }
+    // The emulator renders on its own thread while this one sends; a frame is
+    // sent once, and only when it started after the last acknowledged write,
+    // so that it shows every setting the client made before.
     Kalto::CGrabResultPtr result;
     try {
-        camera.startAcquisition(Kalto::EAcquisitionMode::SingleFrame);
+        if (!camera.isAcquiring())
+            camera.startAcquisition(Kalto::EAcquisitionMode::Continuous);
         std::unique_lock<std::mutex> lock(frameMutex);
-        frameReady.wait_for(lock, std::chrono::seconds(10), [this] { return frame.IsValid(); });
-        result = frame;
+        lastFill = Clock::now();
+        const bool fresh = frameReady.wait_for(lock, std::chrono::seconds(10), [this] {
+            return frame.IsValid() && frame->GetTimeStamp() > std::max(lastWriteNs, lastSentNs);
+        });
+        if (fresh) {
+            result = frame;
+            lastSentNs = frame->GetTimeStamp();
+        }
     } catch (const std::exception& e) {
         std::fprintf(stderr, "kalto-gev-camera: frame: %s\n", e.what());
     }
-    camera.stopAcquisition();
     if (result && result->GrabSucceeded()) {
         const size_t payload = arv_fake_camera_get_payload(fake);
         std::memcpy(const_cast<void*>(arv_buffer_get_data(buffer, nullptr)), result->GetBuffer(),
                     std::min(payload, result->GetPayloadSize()));
+    } else {
+        std::fprintf(stderr, "kalto-gev-camera: no frame from the sensor within 10 s\n");
     }
     pushAll();  // auto functions moved exposure, gain or white balance
     if (camera.nodeMap().getEnum("AcquisitionMode") == "SingleFrame") {
         const uint8_t stop[4] = {0, 0, 0, 0};
         RegisterWriteHook::writeMemory(fake, RegisterLayout::kAcquisitionAddress, 4, stop);
+        camera.stopAcquisition();
     }
 }
 
@@ -289,11 +311,17 @@ void GevCamera::Impl::start()
 {
     camera.open();
     camera.setFrameSink([this](const Kalto::CGrabResultPtr& r) {
+        bool idle;
         {
             std::lock_guard<std::mutex> lock(frameMutex);
             frame = r;
+            idle = Clock::now() - lastFill > std::chrono::seconds(2);
         }
         frameReady.notify_all();
+        // Nobody takes frames (the client went away while streaming): rest
+        // until the next frame is asked for.
+        if (idle)
+            camera.stopAcquisition();
     });
 
     // The description is generated from the emulator's own feature table, so
@@ -316,6 +344,11 @@ void GevCamera::Impl::start()
         throw std::runtime_error("register writes cannot be followed: this Aravis build calls its memory "
                                  "write internally, past the program's hook");
     pushAll();
+    // The emulator sets the pace (its exposure time); the fake camera only
+    // looks for the next frame every millisecond.
+    uint8_t period[4];
+    putBigEndian(period, 1000, 4);
+    RegisterWriteHook::writeMemory(fake, RegisterLayout::kFramePeriodAddress, 4, period);
     arv_fake_camera_set_fill_pattern(
         fake, [](ArvBuffer* b, void* self, guint32, guint32, ArvPixelFormat) { static_cast<Impl*>(self)->fill(b); },
         this);

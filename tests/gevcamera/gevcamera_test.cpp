@@ -333,9 +333,11 @@ TEST_F(GevCameraTest, WhiteBalanceWriteChangesTheFrame)
     const double blue = getFloat("BalanceRatio");
     setFloat("BalanceRatio", blue * 0.5);
     const ChartFit::Chart after = ChartSampler::measure(grab(), medicalModel().scene);
-    // A mid grey: blue falls clearly, green hardly moves.
+    // A mid grey: blue falls clearly; the camera's colour matrix takes less
+    // blue away from red and green, so they do not fall.
     EXPECT_LT(after(21, 2), before(21, 2) * 0.85);
-    EXPECT_NEAR(after(21, 1), before(21, 1), before(21, 1) * 0.08);
+    EXPECT_GE(after(21, 0), before(21, 0) - 1);
+    EXPECT_GE(after(21, 1), before(21, 1) - 1);
 }
 
 TEST_F(GevCameraTest, WritesAreRoundedAndClippedAndLocksFollowAutoFunctions)
