@@ -1,14 +1,16 @@
 // kalto-gev-camera as a client sees it: a child process reached over GigE
 // Vision on loopback with plain Aravis, compared with the in-process emulator.
 
+// Aravis (GLib) first: its headers use names Qt defines as macros ("signals").
+#include <arv.h>
+
 #include "chartsampler.h"
 #include "emulatedcamera.h"
+#include "gevcameraprocess.h"
 #include "loopbackonly.h"
 
 #include "genicam/nodemap.h"
 #include "kalto/grabresultdata.h"
-
-#include <arv.h>
 
 #include <QProcess>
 #include <QTemporaryDir>
@@ -57,21 +59,8 @@ protected:
         ASSERT_TRUE(m_dir.isValid());
         qputenv("XDG_DATA_HOME", m_dir.path().toUtf8());
         m_serial = "T" + std::to_string(::getpid());
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("XDG_DATA_HOME", m_dir.path());
-        m_server.setProcessEnvironment(env);
-        m_server.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_server.start(GEV_CAMERA_BINARY, {"--serial", QString::fromStdString(m_serial)});
-        ASSERT_TRUE(m_server.waitForStarted(10000));
-        QByteArray line;
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-        while (!line.contains('\n') && std::chrono::steady_clock::now() < deadline)
-            if (m_server.waitForReadyRead(1000))
-                line += m_server.readAllStandardOutput();
-        // "kalto-gev-camera: serving <id> on lo"
-        const QString text = QString::fromUtf8(line).trimmed();
-        ASSERT_TRUE(text.startsWith("kalto-gev-camera: serving ") && text.endsWith(" on lo")) << text.toStdString();
-        m_id = text.mid(26, text.size() - 26 - 6).toStdString();
+        ASSERT_TRUE(m_server.start(m_dir.path(), m_serial)) << m_server.error();
+        m_id = m_server.id();
         EXPECT_EQ(m_id, "Aravis-kA1920-40gcMED Emulator-" + m_serial);
 
         arv_update_device_list();
@@ -84,12 +73,7 @@ protected:
     void TearDown() override
     {
         g_clear_object(&m_camera);
-        if (m_server.state() == QProcess::Running) {
-            m_server.terminate();
-            EXPECT_TRUE(m_server.waitForFinished(20000));
-            EXPECT_EQ(m_server.exitStatus(), QProcess::NormalExit);
-            EXPECT_EQ(m_server.exitCode(), 0);
-        }
+        EXPECT_TRUE(m_server.stop()) << "kalto-gev-camera did not end cleanly on SIGTERM";
     }
 
     ArvGcNode* node(const std::string& name) { return arv_device_get_feature(m_device, name.c_str()); }
@@ -174,7 +158,7 @@ protected:
     }
 
     QTemporaryDir m_dir;
-    QProcess m_server;
+    GevCameraProcess m_server;
     std::string m_serial, m_id;
     ArvCamera* m_camera = nullptr;
     ArvDevice* m_device = nullptr;
@@ -198,10 +182,11 @@ TEST_F(GevCameraTest, ReportsItsModelAndSfncVersion)
 
     // Ctrl-C stops it as cleanly as SIGTERM (which every other test uses).
     g_clear_object(&m_camera);
-    ::kill(static_cast<pid_t>(m_server.processId()), SIGINT);
-    ASSERT_TRUE(m_server.waitForFinished(20000));
-    EXPECT_EQ(m_server.exitStatus(), QProcess::NormalExit);
-    EXPECT_EQ(m_server.exitCode(), 0);
+    QProcess& server = m_server.process();
+    ::kill(static_cast<pid_t>(server.processId()), SIGINT);
+    ASSERT_TRUE(server.waitForFinished(20000));
+    EXPECT_EQ(server.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(server.exitCode(), 0);
 }
 
 // Every feature of emu-cmed-0 is there with its type, range, increment,
