@@ -17,6 +17,9 @@ packages=(
   fonts-noto-cjk
   # GUI tests in a real X server.
   xvfb xauth
+  # GenICam cameras through Aravis (its pkg-config file needs libusb's), and
+  # the loopback-only network namespace its tests run in.
+  libaravis-dev libusb-1.0-0-dev iproute2 util-linux
   # The libFuzzer targets: clang and its fuzzer runtime.
   clang libclang-rt-14-dev
 )

@@ -3,6 +3,7 @@
 #include "cameramodel.h"
 #include "imagepipeline.h"
 
+#include "genicam/nodemap.h"
 #include "kalto/idevice.h"
 
 #include <QString>

@@ -3,6 +3,9 @@
 
 #include "aboutpluginsdialog.h"
 
+#include "arvtransportlayer.h"
+#include "emulatortransportlayer.h"
+
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QFileInfo>
@@ -41,8 +44,17 @@ int main(int argc, char* argv[])
     const QCommandLineOption pluginDir({QStringLiteral("plugin-dir")},
                                        QStringLiteral("Load plug-ins from this folder instead."),
                                        QStringLiteral("folder"));
-    parser.addOptions({language, listPlugins, camera, runCommand, pluginDir});
+    const QCommandLineOption genicam({QStringLiteral("genicam")},
+                                     QStringLiteral("Also list GenICam cameras (GigE Vision, USB3 Vision) through "
+                                                    "Aravis; discovery broadcasts on every network interface. "
+                                                    "KALTO_GENICAM=1 does the same."));
+    parser.addOptions({language, listPlugins, camera, runCommand, pluginDir, genicam});
     parser.process(app);
+    if (ArvTransportLayer::enabledBy(parser.isSet(genicam))) {
+        // After the emulator, so that its ids never send a lookup onto the network.
+        EmulatorTransportLayer::registerDefault();
+        ArvTransportLayer::registerDefault();
+    }
 
     KaltoViewer::Options options;
     options.pluginFolders =

@@ -52,10 +52,7 @@ class GevCameraTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        const std::string other = LoopbackOnly::otherInterfaceUp();
-        if (!other.empty())
-            GTEST_SKIP() << "NOT RUN: interface " << other << " is up; GigE Vision discovery would broadcast "
-                         << "on it. Run inside `unshare -rn sh -c 'ip link set lo up; ...'`.";
+        KALTO_SKIP_UNLESS_LOOPBACK_ONLY();
         ASSERT_TRUE(m_dir.isValid());
         qputenv("XDG_DATA_HOME", m_dir.path().toUtf8());
         m_serial = "T" + std::to_string(::getpid());

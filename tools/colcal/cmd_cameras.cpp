@@ -2,7 +2,7 @@
 #include "commands.h"
 #include "emulatedcameras.h"
 
-#include "genicam/nodemap.h"
+#include "genicam/inodemap.h"
 #include "kalto/idevice.h"
 #include "kalto/transportlayerregistry.h"
 
@@ -10,7 +10,7 @@
 
 namespace {
 
-int integerFeature(Kalto::CNodeMap& map, const char* name)
+int integerFeature(Kalto::INodeMap& map, const char* name)
 {
     return map.hasNode(name) && map.nodeType(name) == Kalto::ENodeType::Integer && map.isReadable(name)
                ? static_cast<int>(map.getInteger(name))
@@ -33,7 +33,7 @@ int runCameras(const cli::Args& args)
         try {
             auto device = Kalto::CTransportLayerRegistry::instance().createDevice(info.id);
             if (device) {
-                Kalto::CNodeMap& map = device->nodeMap();
+                Kalto::INodeMap& map = device->nodeMap();
                 const int major = integerFeature(map, "DeviceSFNCVersionMajor");
                 if (major >= 0)
                     sfnc = QString("%1.%2.%3").arg(major).arg(integerFeature(map, "DeviceSFNCVersionMinor"))

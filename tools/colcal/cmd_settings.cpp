@@ -4,7 +4,7 @@
 
 #include "core/savefile.h"
 #include "genicam/featurepersistence.h"
-#include "genicam/nodemap.h"
+#include "genicam/inodemap.h"
 #include "kalto/idevice.h"
 
 #include <QFile>
@@ -27,7 +27,7 @@ int save(const std::shared_ptr<Kalto::IDevice>& device, const QString& path, boo
 int load(const std::shared_ptr<Kalto::IDevice>& device, const QString& path, const QString& userSet, bool json)
 {
     const QByteArray text = cli::readSettingsFile(path);
-    Kalto::CNodeMap& map = device->nodeMap();
+    Kalto::INodeMap& map = device->nodeMap();
     const Kalto::SLoadReport report =
         Kalto::CFeaturePersistence::Load(map, std::string_view(text.constData(), static_cast<size_t>(text.size())));
     for (const auto& r : report.rejected)

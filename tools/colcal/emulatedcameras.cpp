@@ -2,15 +2,27 @@
 
 #include "cli.h"
 
+#include "arvtransportlayer.h"
 #include "emulatortransportlayer.h"
 #include "kalto/idevice.h"
 #include "kalto/transportlayerregistry.h"
 
 #include <QRegularExpression>
 
+namespace {
+bool g_genicam = false;
+}
+
+void EmulatedCameras::setGenicamEnabled(bool enabled)
+{
+    g_genicam = enabled;
+}
+
 void EmulatedCameras::ensureRegistered()
 {
     EmulatorTransportLayer::registerDefault();
+    if (g_genicam)
+        ArvTransportLayer::registerDefault();
 }
 
 std::vector<Kalto::SDeviceInfo> EmulatedCameras::all()

@@ -1,5 +1,8 @@
 #include "cli.h"
 #include "commands.h"
+#include "emulatedcameras.h"
+
+#include "arvtransportlayer.h"
 
 #include <QGuiApplication>
 #include <QSet>
@@ -91,6 +94,8 @@ void usage(FILE* to)
     for (const auto& [name, entry] : commands())
         std::fprintf(to, "  %-11s %s\n", qPrintable(name), qPrintable(firstSentence(entry.command.summary)));
     std::fprintf(to, "\noptions:\n  --help     this text\n  --version  the tool's version\n"
+                     "  --genicam  also reach GenICam cameras (GigE Vision, USB3 Vision) through Aravis;\n"
+                     "             discovery broadcasts on every network interface (KALTO_GENICAM=1 does the same)\n"
                      "\nFILE \"-\" reads standard input. Exit codes: 0 ok, 1 failed, 2 bad input, 3 engine error, "
                      "130 interrupted.\n");
 }
@@ -134,6 +139,9 @@ int main(int argc, char** argv)
     QCoreApplication::setOrganizationName("Ostrel");
     QCoreApplication::setApplicationName("KaltoViewer");
     QStringList words = app.arguments().mid(1);
+    // A global switch: taken out wherever it stands, before or after the command.
+    const bool genicam = words.removeAll("--genicam") > 0;
+    EmulatedCameras::setGenicamEnabled(ArvTransportLayer::enabledBy(genicam));
     if (words.isEmpty() || words.first() == "--help" || words.first() == "-h") {
         usage(words.isEmpty() ? stderr : stdout);
         return words.isEmpty() ? cli::BadInput : cli::Ok;

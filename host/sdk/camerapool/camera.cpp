@@ -3,7 +3,7 @@
 #include "camerapool/camerainfo.h"
 #include "core/baseexception.h"
 #include "genicam/featurepersistence.h"
-#include "genicam/nodemap.h"
+#include "genicam/inodemap.h"
 #include "kalto/idevice.h"
 #include "parametercollection/nodemapparametercollection.h"
 
@@ -86,7 +86,7 @@ Camera::Camera(std::shared_ptr<Kalto::IDevice> device, QSharedPointer<CameraInfo
     d->info = std::move(info);
     d->owner = this;
     std::weak_ptr<Impl> weak = d;
-    std::shared_ptr<Kalto::CNodeMap> map(d->device, &d->device->nodeMap());
+    std::shared_ptr<Kalto::INodeMap> map(d->device, &d->device->nodeMap());
     d->parameters = QSharedPointer<ParameterCollection::NodeMapParameterCollection>::create(
         map, d->name(), [weak] {
             auto impl = weak.lock();

@@ -8,7 +8,7 @@
 #include "camerapool/camerastreamcontrolservice.h"
 #include "camerapool/deviceparameterservice.h"
 #include "camerapool/devicestatusservice.h"
-#include "genicam/nodemap.h"
+#include "genicam/inodemap.h"
 #include "kalto/idevice.h"
 #include "kalto/itransportlayer.h"
 #include "kalto/transportlayerregistry.h"
@@ -25,7 +25,7 @@ namespace {
 QVersionNumber sfncOf(Kalto::IDevice& device)
 {
     try {
-        Kalto::CNodeMap& map = device.nodeMap();
+        Kalto::INodeMap& map = device.nodeMap();
         std::lock_guard<std::recursive_mutex> lock(map.mutex());
         QVector<int> parts;
         for (const char* f :

@@ -1,6 +1,6 @@
 #include "genicam/featurepersistence.h"
 
-#include "genicam/nodemap.h"
+#include "genicam/inodemap.h"
 #include "genicam/runtimeexception.h"
 
 #include <algorithm>
@@ -162,7 +162,7 @@ std::string shortName(std::string_view name)
     return std::string(name.substr(0, kMax)) + "...";
 }
 
-void writeValue(const CNodeMap& map, const std::string& name, const std::string* entry,
+void writeValue(const INodeMap& map, const std::string& name, const std::string* entry,
                 std::string& out)
 {
     out += name;
@@ -190,7 +190,7 @@ void writeValue(const CNodeMap& map, const std::string& name, const std::string*
     out += '\n';
 }
 
-bool persistable(const CNodeMap& map, const std::string& name)
+bool persistable(const INodeMap& map, const std::string& name)
 {
     return map.isPersistent(name) && map.nodeType(name) != ENodeType::Command &&
            map.isWritable(name);
@@ -205,7 +205,7 @@ std::string CFeaturePersistence::FormatFloat(double value)
     return std::string(buf, r.ptr);
 }
 
-std::string CFeaturePersistence::Save(const CNodeMap& map)
+std::string CFeaturePersistence::Save(const INodeMap& map)
 {
     std::lock_guard<std::recursive_mutex> lock(map.mutex());
     std::string out;
@@ -239,7 +239,7 @@ std::string CFeaturePersistence::Save(const CNodeMap& map)
            std::to_string(lines) + "\n" + out + kEndMarker + "\n";
 }
 
-SLoadReport CFeaturePersistence::Load(CNodeMap& map, std::string_view text)
+SLoadReport CFeaturePersistence::Load(INodeMap& map, std::string_view text)
 {
     std::lock_guard<std::recursive_mutex> lock(map.mutex());
     SLoadReport report;

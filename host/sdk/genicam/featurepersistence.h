@@ -7,7 +7,7 @@
 
 namespace Kalto {
 
-class CNodeMap;
+class INodeMap;
 
 /// One line of feature-persistence text that loading did not apply.
 struct SRejectedLine {
@@ -56,8 +56,8 @@ public:
     static constexpr size_t kMaxLineBytes = 1 << 20;
     static constexpr size_t kMaxReportedLines = 1000;
 
-    static std::string Save(const CNodeMap& map);
-    static SLoadReport Load(CNodeMap& map, std::string_view text);
+    static std::string Save(const INodeMap& map);
+    static SLoadReport Load(INodeMap& map, std::string_view text);
 
     /// Exact, locale-independent number text as Save writes it.
     static std::string FormatFloat(double value);

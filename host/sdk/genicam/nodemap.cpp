@@ -38,30 +38,12 @@ struct Node {
 
 double clipFloat(const Node& n, double v)
 {
-    if (n.fInc > 0.0 && std::isfinite(v)) {
-        const double steps = std::round((v - n.fMin) / n.fInc);
-        v = n.fMin + steps * n.fInc;
-        // Rounding up may leave the range; the last step inside is the answer then.
-        if (v > n.fMax)
-            v = n.fMin + std::floor((n.fMax - n.fMin) / n.fInc) * n.fInc;
-    }
-    return std::min(std::max(v, n.fMin), n.fMax);
+    return ClipFloat(v, n.fMin, n.fMax, n.fInc);
 }
 
 int64_t clipInteger(const Node& n, int64_t v)
 {
-    if (v <= n.iMin)
-        return n.iMin;
-    if (v >= n.iMax)
-        return n.iMax;
-    if (n.iInc <= 1)
-        return v;
-    const __int128 offset = static_cast<__int128>(v) - n.iMin;
-    __int128 steps = (offset + n.iInc / 2) / n.iInc;
-    __int128 r = n.iMin + steps * n.iInc;
-    if (r > n.iMax)
-        r -= n.iInc;
-    return static_cast<int64_t>(r);
+    return ClipInteger(v, n.iMin, n.iMax, n.iInc);
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "genicam/nodetypes.h"
+#include "genicam/inodemap.h"
 
 #include <cstdint>
 #include <functional>
@@ -29,18 +29,17 @@ namespace Kalto {
 /// Every call takes one recursive mutex. Change callbacks run under it, after
 /// the change, on the writer's thread: they may call back into the map but
 /// must not wait for another thread that uses it.
-class CNodeMap {
+class CNodeMap : public INodeMap {
 public:
-    using ChangeCallback = std::function<void(const std::string& feature)>;
     using AccessFunction = std::function<EAccessMode()>;
 
     explicit CNodeMap(std::string name = "Device");
-    ~CNodeMap();
+    ~CNodeMap() override;
     CNodeMap(const CNodeMap&) = delete;
     CNodeMap& operator=(const CNodeMap&) = delete;
 
-    const std::string& name() const;
-    std::recursive_mutex& mutex() const;
+    const std::string& name() const override;
+    std::recursive_mutex& mutex() const override;
 
     // Registration. A second node of the same name throws.
     void addFloat(const std::string& name, double min, double max, double increment, double value,
@@ -67,69 +66,69 @@ public:
     void setIntegerRange(const std::string& name, int64_t min, int64_t max);
 
     /// `feature` empty: called for every node. Returns an id for removeChangeCallback.
-    int addChangeCallback(const std::string& feature, ChangeCallback callback);
-    void removeChangeCallback(int id);
+    int addChangeCallback(const std::string& feature, ChangeCallback callback) override;
+    void removeChangeCallback(int id) override;
 
     // Structure.
-    bool hasNode(const std::string& name) const;
-    std::vector<std::string> nodeNames() const;
-    ENodeType nodeType(const std::string& name) const;
-    EAccessMode accessMode(const std::string& name) const;
-    bool isAvailable(const std::string& name) const;  // exists and not NA
-    bool isReadable(const std::string& name) const;
-    bool isWritable(const std::string& name) const;
-    bool isPersistent(const std::string& name) const;
+    bool hasNode(const std::string& name) const override;
+    std::vector<std::string> nodeNames() const override;
+    ENodeType nodeType(const std::string& name) const override;
+    EAccessMode accessMode(const std::string& name) const override;
+    bool isAvailable(const std::string& name) const override;  // exists and not NA
+    bool isReadable(const std::string& name) const override;
+    bool isWritable(const std::string& name) const override;
+    bool isPersistent(const std::string& name) const override;
     /// The selector of `feature`, empty when it is not selected.
-    std::string selectorOf(const std::string& feature) const;
+    std::string selectorOf(const std::string& feature) const override;
     /// The features `selector` selects, in registration order.
-    std::vector<std::string> selectedFeatures(const std::string& selector) const;
+    std::vector<std::string> selectedFeatures(const std::string& selector) const override;
 
     // Float.
-    double getFloat(const std::string& name) const;
-    double getFloatFor(const std::string& name, const std::string& selectorEntry) const;
-    double floatMin(const std::string& name) const;
-    double floatMax(const std::string& name) const;
-    double floatIncrement(const std::string& name) const;  ///< 0: continuous
-    std::string floatUnit(const std::string& name) const;
+    double getFloat(const std::string& name) const override;
+    double getFloatFor(const std::string& name, const std::string& selectorEntry) const override;
+    double floatMin(const std::string& name) const override;
+    double floatMax(const std::string& name) const override;
+    double floatIncrement(const std::string& name) const override;  ///< 0: continuous
+    std::string floatUnit(const std::string& name) const override;
     /// Returns the value actually stored (clipped and rounded).
-    double setFloat(const std::string& name, double value);
+    double setFloat(const std::string& name, double value) override;
     double storeFloat(const std::string& name, double value);
     double storeFloatFor(const std::string& name, const std::string& selectorEntry, double value);
 
     // Integer.
-    int64_t getInteger(const std::string& name) const;
-    int64_t getIntegerFor(const std::string& name, const std::string& selectorEntry) const;
-    int64_t integerMin(const std::string& name) const;
-    int64_t integerMax(const std::string& name) const;
-    int64_t integerIncrement(const std::string& name) const;
-    int64_t setInteger(const std::string& name, int64_t value);
+    int64_t getInteger(const std::string& name) const override;
+    int64_t getIntegerFor(const std::string& name, const std::string& selectorEntry) const override;
+    int64_t integerMin(const std::string& name) const override;
+    int64_t integerMax(const std::string& name) const override;
+    int64_t integerIncrement(const std::string& name) const override;
+    int64_t setInteger(const std::string& name, int64_t value) override;
     int64_t storeInteger(const std::string& name, int64_t value);
 
     // Enumeration; an unknown or unavailable entry throws.
-    std::string getEnum(const std::string& name) const;
-    std::string getEnumFor(const std::string& name, const std::string& selectorEntry) const;
-    int64_t getEnumValue(const std::string& name) const;
-    std::vector<SEnumEntry> enumEntries(const std::string& name) const;
-    bool isEntryAvailable(const std::string& name, const std::string& symbolic) const;
-    void setEnum(const std::string& name, const std::string& symbolic);
-    void setEnumValue(const std::string& name, int64_t value);
+    std::string getEnum(const std::string& name) const override;
+    std::string getEnumFor(const std::string& name, const std::string& selectorEntry) const override;
+    int64_t getEnumValue(const std::string& name) const override;
+    std::vector<SEnumEntry> enumEntries(const std::string& name) const override;
+    bool isEntryAvailable(const std::string& name, const std::string& symbolic) const override;
+    void setEnum(const std::string& name, const std::string& symbolic) override;
+    void setEnumValue(const std::string& name, int64_t value) override;
     void storeEnum(const std::string& name, const std::string& symbolic);
 
     // Boolean.
-    bool getBool(const std::string& name) const;
-    bool getBoolFor(const std::string& name, const std::string& selectorEntry) const;
-    void setBool(const std::string& name, bool value);
+    bool getBool(const std::string& name) const override;
+    bool getBoolFor(const std::string& name, const std::string& selectorEntry) const override;
+    void setBool(const std::string& name, bool value) override;
     void storeBool(const std::string& name, bool value);
 
     // String; longer than the maximum length throws.
-    std::string getString(const std::string& name) const;
-    std::string getStringFor(const std::string& name, const std::string& selectorEntry) const;
-    size_t stringMaxLength(const std::string& name) const;
-    void setString(const std::string& name, const std::string& value);
+    std::string getString(const std::string& name) const override;
+    std::string getStringFor(const std::string& name, const std::string& selectorEntry) const override;
+    size_t stringMaxLength(const std::string& name) const override;
+    void setString(const std::string& name, const std::string& value) override;
     void storeString(const std::string& name, const std::string& value);
 
     /// Runs the command's callback; throws when not writable.
-    void execute(const std::string& name);
+    void execute(const std::string& name) override;
 
 private:
     struct Impl;

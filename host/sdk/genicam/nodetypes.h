@@ -21,4 +21,10 @@ struct SEnumEntry {
 
 const char* NodeTypeName(ENodeType type);
 
+/// A float write as a camera takes it: rounded to the nearest step of
+/// `increment` from `min` (0: continuous), then clipped into [min, max].
+double ClipFloat(double value, double min, double max, double increment);
+/// The same for integers; increments below 2 leave the value as it is.
+int64_t ClipInteger(int64_t value, int64_t min, int64_t max, int64_t increment);
+
 }  // namespace Kalto

@@ -7,7 +7,7 @@
 
 namespace Kalto {
 
-class CNodeMap;
+class INodeMap;
 
 enum class EAcquisitionMode { Continuous, SingleFrame };
 
@@ -36,7 +36,7 @@ public:
     virtual void close() = 0;  ///< stops acquisition first
     virtual bool isOpen() const = 0;
     virtual bool isConnected() const = 0;
-    virtual CNodeMap& nodeMap() = 0;
+    virtual INodeMap& nodeMap() = 0;
 
     virtual void startAcquisition(EAcquisitionMode mode) = 0;
     virtual void stopAcquisition() = 0;

@@ -1,6 +1,6 @@
 #include "parametercollection/booleanparameter.h"
 
-#include "genicam/nodemap.h"
+#include "genicam/inodemap.h"
 #include "parametercollection/parametercontext.h"
 
 namespace ParameterCollection {

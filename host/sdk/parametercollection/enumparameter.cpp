@@ -1,6 +1,6 @@
 #include "parametercollection/enumparameter.h"
 
-#include "genicam/nodemap.h"
+#include "genicam/inodemap.h"
 #include "parametercollection/parametercontext.h"
 
 namespace ParameterCollection {

@@ -1,6 +1,6 @@
 #include "parametercollection/nodemapparametercollection.h"
 
-#include "genicam/nodemap.h"
+#include "genicam/inodemap.h"
 #include "parametercollection/booleanparameter.h"
 #include "parametercollection/commandparameter.h"
 #include "parametercollection/enumparameter.h"
@@ -40,7 +40,7 @@ QSharedPointer<P> make(const std::shared_ptr<const ParameterContext>& c, const N
 
 }  // namespace
 
-NodeMapParameterCollection::NodeMapParameterCollection(std::shared_ptr<Kalto::CNodeMap> nodeMap,
+NodeMapParameterCollection::NodeMapParameterCollection(std::shared_ptr<Kalto::INodeMap> nodeMap,
                                                        const QString& cameraName,
                                                        std::function<bool()> connected)
 {
@@ -105,7 +105,7 @@ QStringList NodeMapParameterCollection::featureNames() const
 QVersionNumber NodeMapParameterCollection::sfncVersion() const
 {
     m_context->requireConnected();
-    const Kalto::CNodeMap& map = *m_context->nodeMap;
+    const Kalto::INodeMap& map = *m_context->nodeMap;
     std::lock_guard<std::recursive_mutex> lock(map.mutex());
     QVector<int> parts;
     for (const char* f :

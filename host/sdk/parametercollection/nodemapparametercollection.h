@@ -6,7 +6,7 @@
 #include <memory>
 
 namespace Kalto {
-class CNodeMap;
+class INodeMap;
 }
 
 namespace ParameterCollection {
@@ -19,7 +19,7 @@ struct ParameterContext;
 class NodeMapParameterCollection : public IParameterCollection {
 public:
     /// `connected` empty: the map is always reachable.
-    NodeMapParameterCollection(std::shared_ptr<Kalto::CNodeMap> nodeMap, const QString& cameraName,
+    NodeMapParameterCollection(std::shared_ptr<Kalto::INodeMap> nodeMap, const QString& cameraName,
                                std::function<bool()> connected = {});
     ~NodeMapParameterCollection() override;
 

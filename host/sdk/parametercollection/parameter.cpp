@@ -1,6 +1,6 @@
 #include "parametercollection/parameter.h"
 
-#include "genicam/nodemap.h"
+#include "genicam/inodemap.h"
 #include "genicam/runtimeexception.h"
 #include "parametercollection/parametercontext.h"
 

@@ -6,7 +6,7 @@
 #include <memory>
 
 namespace Kalto {
-class CNodeMap;
+class INodeMap;
 }
 
 namespace ParameterCollection {
@@ -14,7 +14,7 @@ namespace ParameterCollection {
 /// What every parameter of one camera shares: the node map (kept alive with
 /// its device), a connection test and the camera's name for error texts.
 struct ParameterContext {
-    std::shared_ptr<Kalto::CNodeMap> nodeMap;
+    std::shared_ptr<Kalto::INodeMap> nodeMap;
     std::function<bool()> connected;  ///< empty: always connected
     QString cameraName;
 
