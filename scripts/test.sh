@@ -23,16 +23,19 @@ in_loopback_namespace() {
   unshare -rn sh -c 'ip link set lo up && exec "$@"' loopback-only "$@"
 }
 
-# The GenICam suites, in such a namespace. They skip themselves anywhere else,
-# so a skipped one means they did not really run: that fails the run.
+# The GenICam suites (ctest label genicam, and any further ctest options), in
+# such a namespace. They skip themselves anywhere else, so a skipped one means
+# they did not really run: that fails the run.
 genicam_log=$(mktemp)
 trap 'rm -f "$genicam_log"' EXIT
-in_loopback_namespace ctest --test-dir "$build" -L genicam --output-on-failure -j2 --repeat until-pass:2 \
-  | tee "$genicam_log"
-if grep -q '(Skipped)' "$genicam_log"; then
-  echo "test.sh: GenICam tests were skipped: they must run in the loopback-only namespace" >&2
-  exit 1
-fi
+run_genicam_suites() {
+  in_loopback_namespace ctest -L genicam --output-on-failure -j2 --repeat until-pass:2 "$@" | tee "$genicam_log"
+  if grep -q '(Skipped)' "$genicam_log"; then
+    echo "test.sh: GenICam tests were skipped: they must run in the loopback-only namespace" >&2
+    exit 1
+  fi
+}
+run_genicam_suites --test-dir "$build"
 
 # The threaded suites again under ThreadSanitizer. Qt itself is not
 # instrumented: ignore_noninstrumented_modules drops the memory accesses its
@@ -43,8 +46,11 @@ if [ "${COLCAL_SKIP_TSAN:-0}" != 1 ]; then
   tsan=${COLCAL_TSAN_BUILD:-build/tsan}
   cmake -S . -B "$tsan" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCOLCAL_TSAN=ON -DBUILD_TESTING=ON -DCOLCAL_BENCH=OFF
   cmake --build "$tsan" --target colcal_threaded_tests
-  TSAN_OPTIONS="suppressions=$PWD/tests/tsan.supp:ignore_noninstrumented_modules=1:halt_on_error=1:second_deadlock_stack=1" \
-    ctest --test-dir "$tsan" -L threaded --output-on-failure -j2 --repeat until-pass:2
+  export TSAN_OPTIONS="suppressions=$PWD/tests/tsan.supp:ignore_noninstrumented_modules=1:halt_on_error=1:second_deadlock_stack=1"
+  ctest --test-dir "$tsan" -L threaded --output-on-failure -j2 --repeat until-pass:2
+  # The GenICam suites colcal_threaded_tests builds.
+  run_genicam_suites --test-dir "$tsan"
+  unset TSAN_OPTIONS
 fi
 
 # The libFuzzer targets, each for a bounded time (60 s; scripts/fuzz.sh tells

@@ -86,7 +86,7 @@ Kalto::CGrabResultPtr resultOf(ArvBuffer* buffer)
 
 struct ArvCameraDevice::Impl {
     Kalto::SDeviceInfo info;
-    Kalto::CArvNodeMap map{info.id};
+    Kalto::CArvNodeMap map;
 
     // Connection and stream; changed under map.mutex().
     ArvDevice* device = nullptr;
@@ -94,7 +94,10 @@ struct ArvCameraDevice::Impl {
     gulong controlLostHandler = 0;
     ArvStream* stream = nullptr;
     bool started = false;  // the camera's acquisition runs
+    // Start and stop one at a time; the delivery thread itself never takes it.
+    std::mutex acquisitionMutex;
     std::thread delivery;
+    std::atomic<std::thread::id> deliveryId{};
 
     std::atomic<bool> open{false};
     std::atomic<bool> lost{false};
@@ -197,7 +200,7 @@ struct ArvCameraDevice::Impl {
             g_error_free(error);  // a camera that cannot stop has stopped sending to us too
     }
 
-    bool onDeliveryThread() const { return delivery.get_id() == std::this_thread::get_id(); }
+    bool onDeliveryThread() const { return deliveryId.load() == std::this_thread::get_id(); }
 
     // Ends the delivery thread (unless it is the caller) and the device's
     // acquisition, and frees the stream. Safe to call twice.
@@ -208,8 +211,17 @@ struct ArvCameraDevice::Impl {
             acquiring = false;
             return;  // the thread ends when the sink returns; the next start or close cleans up
         }
+        std::lock_guard<std::mutex> lock(acquisitionMutex);
+        stopLocked();
+    }
+
+    // Under acquisitionMutex, never on the delivery thread.
+    void stopLocked()
+    {
+        stopRequested = true;
         if (delivery.joinable())
             delivery.join();
+        deliveryId = std::thread::id();
         Lock lock(map.mutex());
         stopCamera();
         acquiring = false;
@@ -233,6 +245,7 @@ struct ArvCameraDevice::Impl {
 
     void run(bool singleFrame)
     {
+        deliveryId = std::this_thread::get_id();
         while (!stopRequested) {
             ArvBuffer* buffer = arv_stream_timeout_pop_buffer(stream, kPopTimeoutUs);
             if (!buffer)
@@ -306,8 +319,6 @@ void ArvCameraDevice::open()
 void ArvCameraDevice::close()
 {
     d->stop();
-    if (d->delivery.joinable() && !d->onDeliveryThread())
-        d->delivery.join();
     d->open = false;
     d->disconnect();
 }
@@ -334,7 +345,8 @@ void ArvCameraDevice::startAcquisition(Kalto::EAcquisitionMode mode)
         d->fail("is not open");
     if (d->onDeliveryThread())
         d->fail("an acquisition cannot be restarted from its own frame sink");
-    d->stop();
+    std::lock_guard<std::mutex> acquisition(d->acquisitionMutex);
+    d->stopLocked();
     Lock lock(d->map.mutex());
     const bool single = mode == Kalto::EAcquisitionMode::SingleFrame;
     GError* error = nullptr;

@@ -57,11 +57,12 @@ std::shared_ptr<Kalto::IDevice> ArvTransportLayer::createDevice(const std::strin
         enumerateDevices();
     std::lock_guard<std::mutex> lock(m_mutex);
     const auto it = m_cameras.find(deviceId);
-    if (it != m_cameras.end())
+    if (it != m_cameras.end() && it->second->isConnected())
         return it->second;
+    // A camera that was lost and is listed again is a new connection.
     for (const Kalto::SDeviceInfo& info : m_devices)
         if (info.id == deviceId)
-            return m_cameras.emplace(deviceId, std::make_shared<ArvCameraDevice>(info)).first->second;
+            return m_cameras[deviceId] = std::make_shared<ArvCameraDevice>(info);
     return nullptr;
 }
 

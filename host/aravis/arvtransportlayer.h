@@ -25,7 +25,8 @@ public:
 
     std::string name() const override { return "GenICam"; }
     std::vector<Kalto::SDeviceInfo> enumerateDevices() override;
-    /// Looks the id up in the last enumeration (enumerating once if there was none).
+    /// Looks the id up in the last enumeration (enumerating once if there was none);
+    /// the same object again while it is connected.
     std::shared_ptr<Kalto::IDevice> createDevice(const std::string& deviceId) override;
 
     /// Whether the GenICam backend is asked for: the command line's switch
