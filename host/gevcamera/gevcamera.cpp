@@ -16,11 +16,13 @@
 
 #include <chrono>
 #include <cmath>
+#include <atomic>
 #include <condition_variable>
 #include <cstdio>
 #include <cstring>
 #include <mutex>
 #include <stdexcept>
+#include <thread>
 
 using Kind = RegisterLayout::Kind;
 using Slot = RegisterLayout::Slot;
@@ -57,6 +59,8 @@ CameraModel modelFor(const GevCamera::Options& o)
 }  // namespace
 
 struct GevCamera::Impl {
+    using Clock = std::chrono::steady_clock;
+
     explicit Impl(const Options& o) : options(o), camera(modelFor(o)), layout(camera.nodeMap())
     {
         shadow.resize(layout.features().size());
@@ -69,7 +73,22 @@ struct GevCamera::Impl {
     void apply(const Slot& s, uint32_t entry);
     void onWrite(uint32_t address, uint32_t size);
     void pushAll();
+    void sensorLoop();
     void fill(ArvBuffer* buffer);
+    /// Under frameMutex: the newest frame started after the last write and was not sent yet.
+    bool fresh() const { return frame.IsValid() && frame->GetTimeStamp() > std::max(lastWriteNs, lastSentNs); }
+    /// Under frameMutex.
+    void setTrigger(bool on)
+    {
+        uint8_t be[4];
+        putBigEndian(be, on ? 1 : 0, 4);
+        RegisterWriteHook::writeMemory(fake, RegisterLayout::kTriggerSoftwareAddress, 4, be);
+    }
+    static uint64_t nowNs()
+    {
+        return static_cast<uint64_t>(
+            std::chrono::duration_cast<std::chrono::nanoseconds>(Clock::now().time_since_epoch()).count());
+    }
 
     Options options;
     EmulatedCamera camera;
@@ -82,9 +101,12 @@ struct GevCamera::Impl {
 
     std::mutex frameMutex;
     std::condition_variable frameReady;
-    using Clock = std::chrono::steady_clock;
     Kalto::CGrabResultPtr frame;  ///< the newest rendered frame
-    Clock::time_point lastFill;
+    std::condition_variable sensorWake;
+    std::thread sensor;
+    std::atomic<bool> quit{false};
+    bool clientAcquiring = false;  ///< the acquisition register is set
+    bool inFlight = false;         ///< the emulator is making a frame
     uint64_t lastWriteNs = 0;  ///< steady clock, as the frames' time stamps
     uint64_t lastSentNs = 0;
 };
@@ -93,6 +115,13 @@ GevCamera::Impl::~Impl()
 {
     if (fake)
         RegisterWriteHook::setHandler(fake, {});
+    {
+        std::lock_guard<std::mutex> lock(frameMutex);
+        quit = true;
+    }
+    sensorWake.notify_all();
+    if (sensor.joinable())
+        sensor.join();
     if (server) {
         g_object_unref(server);  // joins the protocol thread
         server = nullptr;
@@ -214,13 +243,20 @@ void GevCamera::Impl::apply(const Slot& s, uint32_t entry)
 
 void GevCamera::Impl::onWrite(uint32_t address, uint32_t size)
 {
-    const uint32_t end = address + size;
-    if (address <= RegisterLayout::kAcquisitionAddress && end >= RegisterLayout::kAcquisitionAddress + 4) {
+    // The fake camera acknowledging a software trigger, not a client.
+    if (address == RegisterLayout::kTriggerSoftwareAddress && size == 4)
+        return;
+    // Frames rendered before this write no longer show the camera's settings.
+    {
         guint32 acquisition = 0;
         arv_fake_camera_read_register(fake, RegisterLayout::kAcquisitionAddress, &acquisition);
-        if (acquisition == 0)
-            camera.stopAcquisition();
+        std::lock_guard<std::mutex> lock(frameMutex);
+        lastWriteNs = nowNs();
+        setTrigger(false);
+        clientAcquiring = acquisition != 0;
     }
+    sensorWake.notify_all();
+    const uint32_t end = address + size;
     bool touched = false;
     const auto& all = layout.features();
     for (size_t i = 0; i < all.size(); ++i) {
@@ -249,14 +285,8 @@ void GevCamera::Impl::onWrite(uint32_t address, uint32_t size)
         shadow[i].clear();  // the register holds what the client wrote: put the device's value back
         touched = true;
     }
-    if (!touched)
-        return;
-    {
-        std::lock_guard<std::mutex> lock(frameMutex);
-        lastWriteNs = static_cast<uint64_t>(
-            std::chrono::duration_cast<std::chrono::nanoseconds>(Clock::now().time_since_epoch()).count());
-    }
-    pushAll();
+    if (touched)
+        pushAll();
 }
 
 void GevCamera::Impl::pushAll()
@@ -271,27 +301,55 @@ void GevCamera::Impl::pushAll()
     }
 }
 
+// The bridge between the client's acquisition and the emulator: while the
+// client acquires and no frame is in the making or waiting to be sent, the
+// emulator takes one frame, no sooner than its frame rate allows. A frame
+// made stale by a write is made again. Nothing runs while the client does not
+// acquire, so auto functions act only on frames asked for, as in process.
+void GevCamera::Impl::sensorLoop()
+{
+    std::unique_lock<std::mutex> lock(frameMutex);
+    Clock::time_point lastStart;
+    while (!quit) {
+        sensorWake.wait(lock, [this] { return quit || (clientAcquiring && !inFlight && !fresh()); });
+        if (quit)
+            break;
+        const auto period = std::chrono::microseconds(static_cast<int64_t>(1e6 / camera.frameRate()));
+        if (Clock::now() < lastStart + period && lastSentNs > 0) {
+            sensorWake.wait_until(lock, lastStart + period, [this] { return quit.load(); });
+            continue;
+        }
+        inFlight = true;
+        lastStart = Clock::now();
+        lock.unlock();
+        try {
+            camera.stopAcquisition();  // the last single frame's thread, ending
+            camera.startAcquisition(Kalto::EAcquisitionMode::SingleFrame);
+        } catch (const std::exception& e) {
+            std::fprintf(stderr, "kalto-gev-camera: acquisition: %s\n", e.what());
+            lock.lock();
+            inFlight = false;
+            clientAcquiring = false;
+            continue;
+        }
+        lock.lock();
+    }
+}
+
 void GevCamera::Impl::fill(ArvBuffer* buffer)
 {
-    // The emulator renders on its own thread while this one sends; a frame is
-    // sent once, and only when it started after the last acknowledged write,
-    // so that it shows every setting the client made before.
+    // Called only once the sink triggered it for a fresh frame, so the
+    // protocol thread never waits for the sensor; the wait below covers a
+    // trigger a client's write has just withdrawn.
     Kalto::CGrabResultPtr result;
-    try {
-        if (!camera.isAcquiring())
-            camera.startAcquisition(Kalto::EAcquisitionMode::Continuous);
+    {
         std::unique_lock<std::mutex> lock(frameMutex);
-        lastFill = Clock::now();
-        const bool fresh = frameReady.wait_for(lock, std::chrono::seconds(10), [this] {
-            return frame.IsValid() && frame->GetTimeStamp() > std::max(lastWriteNs, lastSentNs);
-        });
-        if (fresh) {
+        if (frameReady.wait_for(lock, std::chrono::seconds(10), [this] { return fresh(); })) {
             result = frame;
             lastSentNs = frame->GetTimeStamp();
         }
-    } catch (const std::exception& e) {
-        std::fprintf(stderr, "kalto-gev-camera: frame: %s\n", e.what());
     }
+    sensorWake.notify_all();
     if (result && result->GrabSucceeded()) {
         const size_t payload = arv_fake_camera_get_payload(fake);
         std::memcpy(const_cast<void*>(arv_buffer_get_data(buffer, nullptr)), result->GetBuffer(),
@@ -303,7 +361,8 @@ void GevCamera::Impl::fill(ArvBuffer* buffer)
     if (camera.nodeMap().getEnum("AcquisitionMode") == "SingleFrame") {
         const uint8_t stop[4] = {0, 0, 0, 0};
         RegisterWriteHook::writeMemory(fake, RegisterLayout::kAcquisitionAddress, 4, stop);
-        camera.stopAcquisition();
+        std::lock_guard<std::mutex> lock(frameMutex);
+        clientAcquiring = false;
     }
 }
 
@@ -311,18 +370,17 @@ void GevCamera::Impl::start()
 {
     camera.open();
     camera.setFrameSink([this](const Kalto::CGrabResultPtr& r) {
-        bool idle;
         {
             std::lock_guard<std::mutex> lock(frameMutex);
             frame = r;
-            idle = Clock::now() - lastFill > std::chrono::seconds(2);
+            inFlight = false;
+            if (fresh())
+                setTrigger(true);
         }
         frameReady.notify_all();
-        // Nobody takes frames (the client went away while streaming): rest
-        // until the next frame is asked for.
-        if (idle)
-            camera.stopAcquisition();
+        sensorWake.notify_all();
     });
+    sensor = std::thread([this] { sensorLoop(); });
 
     // The description is generated from the emulator's own feature table, so
     // that names, ranges, increments and selectors cannot drift apart; the
@@ -344,11 +402,15 @@ void GevCamera::Impl::start()
         throw std::runtime_error("register writes cannot be followed: this Aravis build calls its memory "
                                  "write internally, past the program's hook");
     pushAll();
-    // The emulator sets the pace (its exposure time); the fake camera only
-    // looks for the next frame every millisecond.
-    uint8_t period[4];
-    putBigEndian(period, 1000, 4);
-    RegisterWriteHook::writeMemory(fake, RegisterLayout::kFramePeriodAddress, 4, period);
+    // The emulator renders on its own thread at the pace its exposure allows
+    // and triggers the fake camera in software for each new frame; the fake
+    // camera's thread looks for a trigger every millisecond and so stays free
+    // to answer the client (and its heartbeat) while a frame is being made.
+    uint8_t on[4];
+    putBigEndian(on, 1, 4);
+    RegisterWriteHook::writeMemory(fake, RegisterLayout::kTriggerModeAddress, 4, on);
+    RegisterWriteHook::writeMemory(fake, RegisterLayout::kTriggerSourceAddress, 4, on);
+    arv_fake_camera_set_trigger_frequency(fake, 1000.0);
     arv_fake_camera_set_fill_pattern(
         fake, [](ArvBuffer* b, void* self, guint32, guint32, ArvPixelFormat) { static_cast<Impl*>(self)->fill(b); },
         this);

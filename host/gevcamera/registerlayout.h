@@ -47,7 +47,9 @@ public:
     static constexpr uint32_t kHeightAddress = 0x104;
     static constexpr uint32_t kAcquisitionAddress = 0x124;
     static constexpr uint32_t kPixelFormatAddress = 0x128;
-    static constexpr uint32_t kFramePeriodAddress = 0x138;
+    static constexpr uint32_t kTriggerModeAddress = 0x300;
+    static constexpr uint32_t kTriggerSourceAddress = 0x304;
+    static constexpr uint32_t kTriggerSoftwareAddress = 0x30C;
     static constexpr uint32_t kModelNameAddress = 0x68;
     static constexpr uint32_t kSerialNumberAddress = 0xD8;
 
