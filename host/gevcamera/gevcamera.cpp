@@ -315,7 +315,7 @@ void GevCamera::Impl::sensorLoop()
         if (quit)
             break;
         const auto period = std::chrono::microseconds(static_cast<int64_t>(1e6 / camera.frameRate()));
-        if (Clock::now() < lastStart + period && lastSentNs > 0) {
+        if (Clock::now() < lastStart + period) {
             sensorWake.wait_until(lock, lastStart + period, [this] { return quit.load(); });
             continue;
         }
