@@ -23,3 +23,10 @@ for f in ../shared/testdata/charts/*.jpg ../shared/testdata/charts/*.png; do
   photos+=("$f")
 done
 /usr/bin/python3 bench/findchart_vs_peer.py "$build/tools/colcal/colcal" "${RUNS:-5}" "${photos[@]}"
+
+# The emulated camera over loopback GigE Vision beside the same camera in
+# process (frames per second, grab-to-converted latency, whole calibrations),
+# in a network namespace of its own whose only interface is loopback: GigE
+# Vision discovery broadcasts on every interface there is.
+echo "== GigE Vision (kalto-gev-camera on loopback) beside the in-process emulated camera"
+unshare -rn sh -c 'ip link set lo up && exec "$@"' gev bench/gev_vs_inprocess.sh "$build" "${RUNS:-3}"

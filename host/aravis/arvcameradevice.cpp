@@ -350,10 +350,13 @@ void ArvCameraDevice::startAcquisition(Kalto::EAcquisitionMode mode)
     Lock lock(d->map.mutex());
     const bool single = mode == Kalto::EAcquisitionMode::SingleFrame;
     GError* error = nullptr;
-    const char* wanted = single ? "SingleFrame" : "Continuous";
-    if (d->map.isEntryAvailable("AcquisitionMode", wanted) && d->map.isWritable("AcquisitionMode")) {
-        arv_camera_set_acquisition_mode(
-            d->camera, single ? ARV_ACQUISITION_MODE_SINGLE_FRAME : ARV_ACQUISITION_MODE_CONTINUOUS, &error);
+    // AcquisitionMode is one of the camera's saved settings: a grab leaves it
+    // alone (a single frame is taken from any mode and the acquisition stopped
+    // after it), so that settings saved, grabbed and restored stay identical.
+    // Only a continuous acquisition needs a continuous mode.
+    if (!single && d->map.hasNode("AcquisitionMode") && d->map.getEnum("AcquisitionMode") != "Continuous" &&
+        d->map.isEntryAvailable("AcquisitionMode", "Continuous") && d->map.isWritable("AcquisitionMode")) {
+        arv_camera_set_acquisition_mode(d->camera, ARV_ACQUISITION_MODE_CONTINUOUS, &error);
         Impl::throwOn(*d, "setting the acquisition mode", error);
     }
     const guint payload = arv_camera_get_payload(d->camera, &error);

@@ -1,0 +1,82 @@
+// kalto-gev-camera dies while the camera pool streams from it over GigE
+// Vision: the pool and the camera object report the lost connection, once,
+// and nothing waits forever.
+
+#include "arvtransportlayer.h"
+#include "gevcameraprocess.h"
+#include "loopbackonly.h"
+
+#include "camerapool/camerapool.h"
+#include "camerapool/icamera.h"
+#include "kalto/grabresultdata.h"
+#include "kalto/transportlayerregistry.h"
+#include "parametercollection/iparametercollection.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+
+namespace {
+
+using Plugin::CameraPool::CameraPool;
+
+TEST(GevCameraPool, KillingTheCameraDuringAGrabGivesConnectionLost)
+{
+    KALTO_SKIP_UNLESS_LOOPBACK_ONLY();
+    QTemporaryDir dir;
+    qputenv("XDG_DATA_HOME", dir.path().toUtf8());
+    GevCameraProcess server;
+    ASSERT_TRUE(server.start(dir.filePath("camera"), "P" + std::to_string(::getpid()))) << server.error();
+
+    Kalto::CTransportLayerRegistry registry;
+    registry.add(std::make_shared<ArvTransportLayer>(std::vector<std::string>{"GigEVision"}));
+    CameraPool pool(registry);
+    const auto info = pool.cameraInfo(QString::fromStdString(server.id()));
+    ASSERT_TRUE(info) << "the pool does not list " << server.id();
+    const auto camera = pool.open(info, true);
+    ASSERT_TRUE(camera);
+    EXPECT_EQ(camera->parameterCollection()->sfncVersion(), QVersionNumber(2, 3, 0));
+
+    std::atomic<int> grabbed{0}, lost{0}, poolLost{0};
+    QObject::connect(camera.data(), &Plugin::CameraPool::ICamera::cameraImageGrabbed, camera.data(),
+                     [&](const Kalto::CGrabResultPtr& r) {
+                         if (r && r->GrabSucceeded())
+                             ++grabbed;
+                     }, Qt::DirectConnection);
+    QObject::connect(camera.data(), &Plugin::CameraPool::ICamera::cameraConnectionLost, camera.data(),
+                     [&] { ++lost; }, Qt::DirectConnection);
+    QObject::connect(&pool, &CameraPool::cameraConnectionLost, &pool, [&](const QString&) { ++poolLost; },
+                     Qt::DirectConnection);
+    camera->startGrabbing();
+    QElapsedTimer t;
+    t.start();
+    while (grabbed == 0 && t.elapsed() < 30000)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    ASSERT_GT(grabbed.load(), 0) << "no frame within 30 s";
+
+    server.process().kill();
+    ASSERT_TRUE(server.process().waitForFinished(10000));
+    t.restart();
+    // Aravis notices a silent GigE Vision camera after a few heartbeats.
+    while ((lost == 0 || poolLost == 0) && t.elapsed() < 30000)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    std::printf("connection lost reported %.1f s after the camera died\n", t.elapsed() / 1000.0);
+    EXPECT_EQ(lost.load(), 1);
+    EXPECT_EQ(poolLost.load(), 1);
+    EXPECT_FALSE(camera->isOpen());
+    pool.release(camera);
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
