@@ -52,5 +52,8 @@ for target in "${targets[@]}"; do
     *) echo "fuzz.sh: unknown target $target" >&2; exit 2 ;;
   esac
   echo "fuzz.sh: $target" >&2
-  "$build/fuzz/$target" -max_total_time="$seconds" -runs="$runs" -max_len="$max_len" -print_final_stats=1 "$corpus"
+  # Crashes, leaks and slow inputs are written to $build/artifacts/, not into the work tree.
+  mkdir -p "$build/artifacts"
+  "$build/fuzz/$target" -max_total_time="$seconds" -runs="$runs" -max_len="$max_len" -print_final_stats=1 \
+    -artifact_prefix="$build/artifacts/$target-" "$corpus"
 done
