@@ -4,6 +4,8 @@ set -euo pipefail
 
 packages=(
   build-essential cmake ninja-build pkg-config
+  # cpack -G DEB and its dependency list (dpkg-shlibdeps).
+  dpkg-dev
   qtbase5-dev qt5-image-formats-plugins
   libdlib-dev libblas-dev liblapack-dev libjpeg-dev libpng-dev
   libgtest-dev libbenchmark-dev

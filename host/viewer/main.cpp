@@ -16,10 +16,12 @@
 
 int main(int argc, char* argv[])
 {
-    // Listing plug-ins needs no screen.
+    // Listing plug-ins, help and version need no screen: they must answer on a
+    // machine without a display too.
     for (int i = 1; i < argc; ++i)
-        if (qstrcmp(argv[i], "--list-plugins") == 0 && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-            qputenv("QT_QPA_PLATFORM", "offscreen");
+        for (const char* noScreen : {"--list-plugins", "--help", "-h", "--help-all", "--version", "-v"})
+            if (qstrcmp(argv[i], noScreen) == 0 && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+                qputenv("QT_QPA_PLATFORM", "offscreen");
 
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("kaltoviewer"));
