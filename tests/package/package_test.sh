@@ -19,7 +19,7 @@ fail() { echo "package_test: $*" >&2; exit 1; }
 deb=$(ls "$work"/cpack/colcal_"$version"_*.deb) || fail "no colcal_${version}_*.deb made"
 
 depends=$(dpkg-deb -f "$deb" Depends)
-for p in libqt5core5a libqt5gui5 libqt5quick5 qml-module-qtquick-controls2; do
+for p in libqt5core5a libqt5gui5 libqt5quick5 qml-module-qtquick-controls2 libaravis-0.8-0; do
   [[ $depends == *"$p"* ]] || fail "Depends lacks $p: $depends"
 done
 
