@@ -97,16 +97,35 @@ protected:
             EXPECT_TRUE(m_server.stop()) << "kalto-gev-camera did not end cleanly on SIGTERM";
     }
 
-    // colcal --genicam; killed after `seconds`, which counts as a hang.
-    Result colcal(const QStringList& args, int seconds = 300)
+    // colcal --genicam ARGS in this test's own folders.
+    void start(QProcess& p, const QStringList& args)
     {
-        QProcess p;
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.insert("XDG_DATA_HOME", m_home.filePath("data"));
         env.insert("XDG_CONFIG_HOME", m_home.filePath("config"));
         env.insert("QT_QPA_PLATFORM", "offscreen");
         p.setProcessEnvironment(env);
         p.start(COLCAL_BINARY, QStringList{"--genicam"} + args);
+    }
+
+    // Starts a calibration and returns its stderr once the brightness loop runs
+    // (or colcal has ended without reaching it).
+    QString startCalibrationIntoBrightnessLoop(QProcess& p)
+    {
+        start(p, QStringList{"calibrate", "--camera", m_id} + chartGrid());
+        QString err;
+        while (!err.contains("automatic brightness") && p.state() != QProcess::NotRunning) {
+            p.waitForReadyRead(200);
+            err += QString::fromUtf8(p.readAllStandardError());
+        }
+        return err;
+    }
+
+    // colcal --genicam; killed after `seconds`, which counts as a hang.
+    Result colcal(const QStringList& args, int seconds = 300)
+    {
+        QProcess p;
+        start(p, args);
         p.closeWriteChannel();
         Result r;
         r.finished = p.waitForFinished(seconds * 1000);
@@ -246,16 +265,7 @@ TEST_F(GevColcalTest, CancelAndFailureRestoreTheSettingsText)
     }
     {
         QProcess p;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("XDG_DATA_HOME", m_home.filePath("data"));
-        env.insert("XDG_CONFIG_HOME", m_home.filePath("config"));
-        p.setProcessEnvironment(env);
-        p.start(COLCAL_BINARY, QStringList{"--genicam", "calibrate", "--camera", m_id} + chartGrid());
-        QString err;
-        while (!err.contains("automatic brightness") && p.state() != QProcess::NotRunning) {
-            p.waitForReadyRead(200);
-            err += QString::fromUtf8(p.readAllStandardError());
-        }
+        QString err = startCalibrationIntoBrightnessLoop(p);
         ASSERT_TRUE(err.contains("automatic brightness")) << err.toStdString();
         ::kill(pid_t(p.processId()), SIGINT);
         const bool finished = p.waitForFinished(60000);
@@ -272,16 +282,7 @@ TEST_F(GevColcalTest, CancelAndFailureRestoreTheSettingsText)
 TEST_F(GevColcalTest, KillingTheCameraGivesACleanErrorAndNoHang)
 {
     QProcess p;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("XDG_DATA_HOME", m_home.filePath("data"));
-    env.insert("XDG_CONFIG_HOME", m_home.filePath("config"));
-    p.setProcessEnvironment(env);
-    p.start(COLCAL_BINARY, QStringList{"--genicam", "calibrate", "--camera", m_id} + chartGrid());
-    QString err;
-    while (!err.contains("automatic brightness") && p.state() != QProcess::NotRunning) {
-        p.waitForReadyRead(200);
-        err += QString::fromUtf8(p.readAllStandardError());
-    }
+    QString err = startCalibrationIntoBrightnessLoop(p);
     ASSERT_TRUE(err.contains("automatic brightness")) << err.toStdString();
     m_server.process().kill();
     ASSERT_TRUE(m_server.process().waitForFinished(10000));
