@@ -93,8 +93,9 @@ protected:
 
     void TearDown() override
     {
-        if (m_server.process().state() == QProcess::Running)
+        if (m_server.process().state() == QProcess::Running) {
             EXPECT_TRUE(m_server.stop()) << "kalto-gev-camera did not end cleanly on SIGTERM";
+        }
     }
 
     // colcal --genicam ARGS in this test's own folders.
