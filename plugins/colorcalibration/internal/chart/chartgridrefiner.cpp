@@ -22,6 +22,8 @@ constexpr double kHalfCell = 0.35;
 // pitch, so any grid within that margin scores alike. A last, short descent
 // samples nearly the whole patch, which only the centred grid keeps uniform.
 constexpr double kPolishHalfCell = 0.375;
+// Pitch in pixels below which the cells are sampled between pixels.
+constexpr double kBilinearPitch = 24.0;
 // Share of the spread the refined grid must shed to replace the fitted one.
 constexpr double kMinGain = 0.8;
 
@@ -37,8 +39,13 @@ bool gridMap(const Corners& c, QTransform& t)
 }
 
 // Mean over the cells of the per-channel standard deviation inside them;
-// infinite when a cell leaves the image.
-double spread(const QImage& image, const Corners& c, double halfCell = kHalfCell)
+// infinite when a cell leaves the image. Gives up, returning infinity, as soon
+// as the mean can no longer come out below `bound`: most trial moves lose.
+// Bilinear samples cost about three times the nearest pixel's, and they are
+// needed only at a pitch of a few pixels (`kBilinearPitch`): there nearest-pixel
+// samples make the spread a staircase in the corners' positions, and the
+// descent stops on a step with a corner a fifth of a pitch off.
+double spread(const QImage& image, const Corners& c, double halfCell, bool bilinear, double bound = INFINITY)
 {
     QTransform t;
     if (!gridMap(c, t))
@@ -67,20 +74,29 @@ double spread(const QImage& image, const Corners& c, double halfCell = kHalfCell
                 const double px0 = (m11 * gx + m21 * gy + m31) / w, py0 = (m12 * gx + m22 * gy + m32) / w;
                 if (!(px0 > -0.5 && py0 > -0.5 && px0 < width - 0.5 && py0 < height - 0.5))
                     return INFINITY;
-                // Bilinear: at a pitch of a few pixels nearest-pixel samples
-                // make the spread a staircase in the corners' positions, and
-                // the descent stops on a step with a corner a fifth of a pitch off.
-                const int x0 = std::clamp(int(px0), 0, std::max(0, width - 2));
-                const int y0 = std::clamp(int(py0), 0, std::max(0, height - 2));
-                const int x1 = std::min(x0 + 1, width - 1), y1 = std::min(y0 + 1, height - 1);
-                const double fx = std::clamp(px0 - x0, 0.0, 1.0), fy = std::clamp(py0 - y0, 0.0, 1.0);
-                const QRgb* top = reinterpret_cast<const QRgb*>(bits + y0 * stride);
-                const QRgb* bottom = reinterpret_cast<const QRgb*>(bits + y1 * stride);
-                auto mix = [&](int (*channel)(QRgb)) {
-                    return (1 - fy) * ((1 - fx) * channel(top[x0]) + fx * channel(top[x1])) +
-                           fy * ((1 - fx) * channel(bottom[x0]) + fx * channel(bottom[x1]));
-                };
-                const double ch[3] = {mix(qRed), mix(qGreen), mix(qBlue)};
+                double ch[3];
+                if (bilinear) {
+                    const int x0 = std::clamp(int(px0), 0, std::max(0, width - 2));
+                    const int y0 = std::clamp(int(py0), 0, std::max(0, height - 2));
+                    const int x1 = std::min(x0 + 1, width - 1), y1 = std::min(y0 + 1, height - 1);
+                    const double fx = std::clamp(px0 - x0, 0.0, 1.0), fy = std::clamp(py0 - y0, 0.0, 1.0);
+                    const QRgb* top = reinterpret_cast<const QRgb*>(bits + y0 * stride);
+                    const QRgb* bottom = reinterpret_cast<const QRgb*>(bits + y1 * stride);
+                    auto mix = [&](int (*channel)(QRgb)) {
+                        return (1 - fy) * ((1 - fx) * channel(top[x0]) + fx * channel(top[x1])) +
+                               fy * ((1 - fx) * channel(bottom[x0]) + fx * channel(bottom[x1]));
+                    };
+                    ch[0] = mix(qRed);
+                    ch[1] = mix(qGreen);
+                    ch[2] = mix(qBlue);
+                } else {
+                    const int x = std::clamp(int(std::lround(px0)), 0, width - 1);
+                    const int y = std::clamp(int(std::lround(py0)), 0, height - 1);
+                    const QRgb px = reinterpret_cast<const QRgb*>(bits + y * stride)[x];
+                    ch[0] = qRed(px);
+                    ch[1] = qGreen(px);
+                    ch[2] = qBlue(px);
+                }
                 for (int n = 0; n < 3; ++n) {
                     s[n] += ch[n];
                     q[n] += ch[n] * ch[n];
@@ -90,6 +106,8 @@ double spread(const QImage& image, const Corners& c, double halfCell = kHalfCell
         const double count = kSide * kSide;
         for (int n = 0; n < 3; ++n)
             total += std::sqrt(std::max(0.0, q[n] / count - (s[n] / count) * (s[n] / count)));
+        if (total / kPatches >= bound)
+            return INFINITY;
     }
     return total / kPatches;
 }
@@ -108,7 +126,8 @@ QVector<QPointF> ChartGridRefiner::refine(const QImage& source, const QVector<QP
     const double pitch = std::hypot(rowStep.x(), rowStep.y());
     if (!(pitch >= 2.0))
         return centres;
-    double best = spread(image, c);
+    const bool bilinear = pitch < kBilinearPitch;
+    double best = spread(image, c, kHalfCell, bilinear);
     const double initial = best;
     if (!std::isfinite(best))
         return centres;
@@ -151,7 +170,7 @@ QVector<QPointF> ChartGridRefiner::refine(const QImage& source, const QVector<QP
                     }
                 }
                 for (const Corners& trial : trials) {
-                    const double s = spread(image, trial, halfCell);
+                    const double s = spread(image, trial, halfCell, bilinear, best);
                     if (s < best) {
                         best = s;
                         c = trial;
@@ -166,13 +185,13 @@ QVector<QPointF> ChartGridRefiner::refine(const QImage& source, const QVector<QP
     return best;
     };
     best = descend(kHalfCell, 0.16 * pitch, best, {15, 1, 2, 4, 8});
-    const double polished = spread(image, c, kPolishHalfCell);
+    const double polished = spread(image, c, kPolishHalfCell, bilinear);
     if (std::isfinite(polished)) {
         // Near the edges of the patches a whole row or column can be off
         // while every single corner move makes things worse: the polish also
         // moves the sides.
         descend(kPolishHalfCell, 0.04 * pitch, polished, {15, 3, 6, 12, 9, 1, 2, 4, 8});
-        best = spread(image, c);
+        best = spread(image, c, kHalfCell, bilinear);
     }
     // A grid already inside its patches gains only a few per cent by sliding
     // around on noise and shading; that is no evidence for a better place.
