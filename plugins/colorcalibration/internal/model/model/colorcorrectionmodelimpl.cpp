@@ -2,6 +2,7 @@
 
 #include "calibrationresult.h"
 #include "camerajustify.h"
+#include "chartcolors.h"
 #include "chartdiscriminator.h"
 #include "colorcalibrationv1.h"
 #include "colorspace.h"
@@ -965,16 +966,7 @@ void ColorCorrectionModelImpl::restoreLastGridPosition()
 dlib::matrix<double, 24, 3> ColorCorrectionModelImpl::convertQColorsToMatrix(QVector<QColor>& colors,
                                                                              bool linearise)
 {
-    const ColorSpace cs;
-    dlib::matrix<double, 24, 3> m = dlib::zeros_matrix<double>(24, 3);
-    for (int i = 0; i < 24 && i < colors.size(); ++i) {
-        dlib::matrix<double, 1, 3> row;
-        row = colors[i].redF() * 255.0, colors[i].greenF() * 255.0, colors[i].blueF() * 255.0;
-        if (linearise)
-            row = cs.sRGB_to_RGB(row);
-        dlib::set_rowm(m, i) = row;
-    }
-    return m;
+    return chartFromColors(colors, linearise);
 }
 
 QVector<QColor> ColorCorrectionModelImpl::convertMatrixToQColors(const dlib::matrix<double, 24, 3>& matrix,
