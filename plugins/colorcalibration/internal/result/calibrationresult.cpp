@@ -441,9 +441,10 @@ void CalibrationResult::BuildHTMLTable(QStringList& html, QString rowOrder, QJso
 void CalibrationResult::BuildColorTable(QStringList& html, QJsonObject results)
 {
     // Pivot patch -> quantity into quantity -> patch, so that each quantity is a row.
-    const QJsonObject precise = ConvertColorJsonObjectToRGB({{Keys::kPreciseColors, results.value(Keys::kPreciseColors)}})
-                                    .value(Keys::kPreciseColors)
-                                    .toObject();
+    const QJsonObject precise =
+        ConvertColorJsonObjectToRGB({{Keys::kPreciseColors, results.value(Keys::kPreciseColors)}})
+            .value(Keys::kPreciseColors)
+            .toObject();
     QJsonObject rows;
     const QStringList quantities{Keys::kInitial, Keys::kTarget, Keys::kCurrent, Keys::kDeltaE, Keys::kDeltaC};
     for (const QString& q : quantities) {
@@ -453,7 +454,8 @@ void CalibrationResult::BuildColorTable(QStringList& html, QJsonObject results)
         // "Current" is titled as the settings branch of the calibrated camera is.
         rows.insert(q == Keys::kCurrent ? Keys::kCalibrated : q, row);
     }
-    const QString order = QStringList{Keys::kInitial, Keys::kTarget, Keys::kCalibrated, Keys::kDeltaE, Keys::kDeltaC}.join(',');
+    const QString order =
+        QStringList{Keys::kInitial, Keys::kTarget, Keys::kCalibrated, Keys::kDeltaE, Keys::kDeltaC}.join(',');
     BuildHTMLTable(html, order, rows, QString(), false);
     BuildHTMLTable(html, order, rows, QString(), true);
 }
