@@ -9,6 +9,7 @@
 #include <QTextStream>
 
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <map>
 #include <stdexcept>
