@@ -87,11 +87,11 @@ TEST_F(CameraPoolEmulator, GrabOneAndConnectionLoss)
     QObject::connect(m_pool.get(), &CameraPool::cameraConnectionLost, m_pool.get(),
                      [&](const QString&) { ++poolLost; }, Qt::DirectConnection);
     camera->grabOne(5000);
-    QTest::qWaitFor([&] { return grabbed > 0; }, 10000);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return grabbed > 0; }, 10000));
     EXPECT_EQ(grabbed.load(), 1);
 
     emulated->disconnect();
-    QTest::qWaitFor([&] { return lost > 0 && poolLost > 0; }, 5000);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return lost > 0 && poolLost > 0; }, 5000));
     EXPECT_EQ(lost.load(), 1);
     EXPECT_EQ(poolLost.load(), 1);
     EXPECT_FALSE(camera->isOpen());

@@ -51,8 +51,7 @@ bool TestProcess::start(const QStringList& args)
     env.insert("XDG_CONFIG_HOME", QDir(home()).filePath("config"));
     m_process.setProcessEnvironment(env);
     m_process.setProcessChannelMode(m_forwardErrors ? QProcess::ForwardedErrorChannel : QProcess::SeparateChannels);
-    if (!m_inputFile.isEmpty())
-        m_process.setStandardInputFile(m_inputFile);
+    m_process.setStandardInputFile(m_inputFile);  // an empty name: input from run()
     m_output = {};
     if (m_fileSizeLimit > 0)  // an ignored SIGXFSZ turns the limit into failing writes
         m_process.start("/bin/sh", QStringList{"-c", "trap '' XFSZ; exec prlimit --fsize=$0 \"$@\"",
