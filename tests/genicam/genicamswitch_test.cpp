@@ -27,7 +27,8 @@ TEST(GenicamSwitchOff, CamerasGrabAndSettingsNeverCallAravisDiscovery)
     QTemporaryDir out;
     const QStringList runs[] = {
         {"cameras", "--json"},
-        {"grab", "--camera", "emu-cmed-0", "--out", out.filePath("frame.png")},
+        // A full-size first frame under sanitizers on a busy machine takes longer than the default wait.
+        {"grab", "--camera", "emu-cmed-0", "--out", out.filePath("frame.png"), "--timeout-ms", "60000"},
         {"settings", "save", "--camera", "emu-cmed-0", out.filePath("camera.pfs")},
     };
     for (const QStringList& args : runs) {

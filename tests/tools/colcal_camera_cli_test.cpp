@@ -10,6 +10,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <utility>
+
 namespace {
 
 // Each run is a power cycle of the emulated cameras; their flash lives in the
@@ -80,24 +82,19 @@ TEST_F(ColcalCameraCli, GrabWritesADisplayFrame)
 
 TEST_F(ColcalCameraCli, BadCameraOptionsAndFilesExitTwo)
 {
-    QFile huge(file("huge.pfs"));
-    ASSERT_TRUE(huge.open(QIODevice::WriteOnly) && huge.resize(300LL * 1024 * 1024));  // sparse
-    huge.close();
-    struct Case {
-        QStringList args;
-        QString says;
-    };
-    const Case cases[] = {
+    const QString huge = write("huge.pfs", {});
+    ASSERT_TRUE(QFile::resize(huge, 300LL * 1024 * 1024));  // sparse
+    const std::pair<QStringList, QString> cases[] = {  // arguments, what stderr says
         {{"grab", "--camera", "nope", "--out", file("x.png")}, "no camera \"nope\""},
         {{"grab"}, "usage: grab [--camera ID] --out FRAME.png"},
         {{"settings", "copy", "x"}, "usage: settings save|load"},
         {{"settings", "load", file("missing.pfs")}, "missing.pfs: cannot open"},
-        {{"settings", "load", huge.fileName()}, "huge.pfs: larger than"},
+        {{"settings", "load", huge}, "huge.pfs: larger than"},
     };
-    for (const Case& c : cases) {
-        const TestProcess::Result r = colcal.run(c.args);
-        EXPECT_EQ(r.exitCode, 2) << c.args.join(' ').toStdString();
-        EXPECT_TRUE(r.err.contains(c.says)) << r.err.toStdString();
+    for (const auto& [args, says] : cases) {
+        const TestProcess::Result r = colcal.run(args);
+        EXPECT_EQ(r.exitCode, 2) << args.join(' ').toStdString();
+        EXPECT_TRUE(r.err.contains(says)) << r.err.toStdString();
     }
 }
 
@@ -165,8 +162,9 @@ TEST_F(ColcalCameraCli, FailedWritesExitNonZeroAndKeepThePreviousFile)
         const TestProcess::Result r = colcal.run(c.args);
         EXPECT_NE(r.exitCode, 0) << c.what;
         EXPECT_TRUE(r.err.contains("cannot write")) << c.what << ": " << r.err.toStdString();
-        if (!c.file.isEmpty())
+        if (!c.file.isEmpty()) {
             EXPECT_EQ(contentOf(c.file), c.before) << c.what;
+        }
     }
     EXPECT_EQ(QDir(colcal.home()).entryList(QDir::Files), QStringList({"camera.pfs", "overlay.png"}));
     EXPECT_FALSE(QFileInfo("/dev/full").isFile());
