@@ -13,6 +13,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QJsonArray>
+#include <QLoggingCategory>
 #include <QRegularExpression>
 #include <QSettings>
 #include <QSignalSpy>
@@ -34,10 +35,13 @@ namespace {
 
 // Warnings the session logs, in order.
 QStringList g_log;
-void captureLog(QtMsgType type, const QMessageLogContext&, const QString& message)
+QStringList g_categories;  // of those warnings
+void captureLog(QtMsgType type, const QMessageLogContext& context, const QString& message)
 {
-    if (type == QtWarningMsg)
+    if (type == QtWarningMsg) {
         g_log << message;
+        g_categories << QString::fromLatin1(context.category);
+    }
 }
 
 /// The wizard's forward path (steps 1 to 3) as the session drives it.
@@ -278,12 +282,20 @@ TEST(Session, FailedOperationLogsItsTextAndTheReason)
     ASSERT_TRUE(rig.model().Open(rig.info()));
     rig.model().SetGridPositon(CTrapezoid(QPoint(0, 0), QPoint(2, 0), QPoint(0, 2), QPoint(2, 2)));  // no patch fits
     g_log.clear();
+    g_categories.clear();
     auto previous = qInstallMessageHandler(captureLog);
     EXPECT_FALSE(rig.model().ExecuteWhitebalance());
+    const QStringList lines = g_log;
+    // The session's category can be switched off as QT_LOGGING_RULES would.
+    QLoggingCategory::setFilterRules(QStringLiteral("colcal.session.warning=false"));
+    EXPECT_FALSE(rig.model().ExecuteWhitebalance());
+    QLoggingCategory::setFilterRules(QString());
     qInstallMessageHandler(previous);
-    ASSERT_EQ(g_log.size(), 2) << g_log.join(" | ").toStdString();
-    EXPECT_TRUE(g_log[0].startsWith("@{") && g_log[0].endsWith("};Whitebalance failed!")) << g_log[0].toStdString();
-    EXPECT_TRUE(g_log[1].endsWith(";ExecuteWhitebalance: 0 of 24 patches measured")) << g_log[1].toStdString();
+    ASSERT_EQ(lines.size(), 2) << lines.join(" | ").toStdString();
+    EXPECT_EQ(g_log.size(), 2) << "lines despite the rule: " << g_log.join(" | ").toStdString();
+    EXPECT_EQ(g_categories, QStringList({"colcal.session", "colcal.session"}));
+    EXPECT_TRUE(lines[0].startsWith("@{") && lines[0].endsWith("};Whitebalance failed!")) << lines[0].toStdString();
+    EXPECT_TRUE(lines[1].endsWith(";ExecuteWhitebalance: 0 of 24 patches measured")) << lines[1].toStdString();
     rig.model().Close();
 }
 
