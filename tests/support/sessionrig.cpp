@@ -1,6 +1,6 @@
 #include "sessionrig.h"
 
-#include "guitestapp.h"
+#include "testapp.h"
 
 #include "chartdiscriminator.h"
 #include "colorcorrectionmodel.h"
@@ -11,18 +11,17 @@
 #include "genicam/nodemap.h"
 
 #include <QImage>
+#include <QSettings>
 
 #include <algorithm>
 #include <stdexcept>
 
 SessionRig::SessionRig(const QString& deviceId, int width, int height) : m_id(deviceId)
 {
-    GuiTestApp::instance();
-    if (!m_flash.isValid())
-        throw std::runtime_error("no temporary folder for the camera's flash");
+    TestApp::instance();
     // A user set saved as the start-up set by one test would otherwise open the next test's camera.
-    qputenv("XDG_DATA_HOME", m_flash.path().toUtf8());
-    GuiTestApp::clearPluginSettings();
+    TestApp::freshDataHome();
+    QSettings().remove("ColCalPlugin");
     m_pool = std::make_unique<EmulatedPool>();
     m_pool->setFrameSize(m_id, width, height);
     m_model = m_pool->createModel();

@@ -4,7 +4,6 @@
 
 #include <QSharedPointer>
 #include <QString>
-#include <QTemporaryDir>
 
 #include <memory>
 
@@ -18,9 +17,10 @@ class ICamera;
 }  // namespace Plugin
 
 /// One emulated camera behind the host's camera pool and a calibration
-/// session with the pool's services, as the plug-in gets them. The camera's
-/// flash and the session's stored grid positions start empty for every rig;
-/// frames are small so that sanitizer builds stay quick.
+/// session with the pool's services, as the plug-in gets them, in the test
+/// application's sandbox. The camera's flash and the session's stored grid
+/// positions start empty for every rig; frames are small so that sanitizer
+/// builds stay quick.
 class SessionRig {
 public:
     static constexpr const char* kMedical = EmulatedPool::kMedical;  // SFNC 2.x
@@ -57,7 +57,6 @@ public:
     double exposureForGrey(double targetDn);
 
 private:
-    QTemporaryDir m_flash;
     QString m_id;
     std::unique_ptr<EmulatedPool> m_pool;
     std::unique_ptr<ColorCorrectionModel> m_model;
