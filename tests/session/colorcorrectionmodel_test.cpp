@@ -30,19 +30,37 @@
 #include <memory>
 #include <thread>
 #include <tuple>
+#include <utility>
 
 namespace {
 
-// Warnings the session logs, in order.
-QStringList g_log;
-QStringList g_categories;  // of those warnings
-void captureLog(QtMsgType type, const QMessageLogContext& context, const QString& message)
-{
-    if (type == QtWarningMsg) {
-        g_log << message;
-        g_categories << QString::fromLatin1(context.category);
+/// The warnings logged while it lives, in order, with their categories.
+class Warnings {
+public:
+    Warnings() : m_previous(qInstallMessageHandler(capture)) { s_current = this; }
+    ~Warnings()
+    {
+        qInstallMessageHandler(m_previous);
+        s_current = nullptr;
     }
-}
+    /// The lines so far; they are forgotten.
+    QStringList take() { return std::exchange(lines, {}); }
+    std::string text() const { return lines.join(" | ").toStdString(); }
+
+    QStringList lines;
+    QStringList categories;
+
+private:
+    static void capture(QtMsgType type, const QMessageLogContext& context, const QString& message)
+    {
+        if (type == QtWarningMsg && s_current) {
+            s_current->lines << message;
+            s_current->categories << QString::fromLatin1(context.category);
+        }
+    }
+    static inline Warnings* s_current = nullptr;
+    QtMessageHandler m_previous;
+};
 
 /// The wizard's forward path (steps 1 to 3) as the session drives it.
 struct CalibrationRun {
@@ -125,18 +143,20 @@ TEST_P(SessionTest, DisconnectDuringCalibrationFailsCleanly)
     rig.device().disconnect();
     QElapsedTimer clock;
     clock.start();
-    g_log.clear();
-    auto previous = qInstallMessageHandler(captureLog);
-    EXPECT_FALSE(rig.model().ExecuteCalibrationAndApply());
-    QImage image;
-    EXPECT_FALSE(rig.model().GrabImage(image, true));
-    EXPECT_FALSE(rig.model().RestoreSettingsBackup(false));
-    qInstallMessageHandler(previous);
+    QStringList lines;
+    {
+        Warnings warnings;
+        EXPECT_FALSE(rig.model().ExecuteCalibrationAndApply());
+        QImage image;
+        EXPECT_FALSE(rig.model().GrabImage(image, true));
+        EXPECT_FALSE(rig.model().RestoreSettingsBackup(false));
+        lines = warnings.take();
+    }
     EXPECT_LT(clock.elapsed(), 6000);
     EXPECT_TRUE(removed.count() > 0 || removed.wait(2000));
-    ASSERT_FALSE(g_log.isEmpty());
-    EXPECT_TRUE(g_log.first().endsWith(";Calibration failed.")) << g_log.first().toStdString();
-    EXPECT_TRUE(g_log.value(1).contains(";ExecuteCalibrationAndApply: ")) << g_log.value(1).toStdString();
+    ASSERT_FALSE(lines.isEmpty());
+    EXPECT_TRUE(lines.first().endsWith(";Calibration failed.")) << lines.first().toStdString();
+    EXPECT_TRUE(lines.value(1).contains(";ExecuteCalibrationAndApply: ")) << lines.value(1).toStdString();
     EXPECT_TRUE(rig.model().Close());
 }
 
@@ -204,8 +224,7 @@ TEST(Session, OpenWithoutExclusiveAccessSharesTheCamera)
     const auto other = rig.pool().pool().open(rig.info(), false);  // someone else holds it
     ASSERT_TRUE(other);
     ASSERT_FALSE(rig.pool().statusService()->canGetExclusiveAccess(rig.info()));
-    g_log.clear();
-    auto previous = qInstallMessageHandler(captureLog);
+    Warnings warnings;
     ASSERT_TRUE(rig.model().Open(rig.info()));
     EXPECT_GT(rig.model().GetExposureTimeValue(), 0.0);
     ASSERT_TRUE(rig.model().Close());
@@ -216,8 +235,7 @@ TEST(Session, OpenWithoutExclusiveAccessSharesTheCamera)
     // A camera that cannot be opened: false, and nothing logged.
     rig.device().disconnect();
     EXPECT_FALSE(rig.model().Open(rig.info()));
-    qInstallMessageHandler(previous);
-    EXPECT_TRUE(g_log.isEmpty()) << g_log.join(" | ").toStdString();
+    EXPECT_TRUE(warnings.lines.isEmpty()) << warnings.text();
 }
 
 TEST(Session, GainRawIsScaledByAHundred)
@@ -276,27 +294,57 @@ TEST(Session, UserSetListLeavesOutTheDefaultSet)
     rig.model().Close();
 }
 
+// A failed operation logs the session's text for it, then the reason, both in
+// the session's category, which can be switched off as QT_LOGGING_RULES would.
 TEST(Session, FailedOperationLogsItsTextAndTheReason)
 {
+    struct Failure {
+        const char* name;
+        std::function<bool(ColorCorrectionModel&)> operation;
+        const char* text;
+        const char* reason;
+    };
+    const Failure failures[] = {
+        {"white balance without the chart",
+         [](ColorCorrectionModel& m) {
+             m.SetGridPositon(CTrapezoid(QPoint(0, 0), QPoint(2, 0), QPoint(0, 2), QPoint(2, 2)));  // no patch fits
+             return m.ExecuteWhitebalance();
+         },
+         "};Whitebalance failed!", ";ExecuteWhitebalance: 0 of 24 patches measured"},
+        {"settings of which nothing fits",
+         [](ColorCorrectionModel& m) { return m.LoadSettings(QString("\x89PNG\r\n")); },
+         "};Error: Load settings to camera failed.",
+         ";LoadSettings: Camera settings not applied, not one line fits this camera: line 1"},
+    };
+    for (const Failure& f : failures) {
+        SessionRig rig(SessionRig::kMedical);
+        ASSERT_TRUE(rig.model().Open(rig.info()));
+        Warnings warnings;
+        EXPECT_FALSE(f.operation(rig.model())) << f.name;
+        ASSERT_EQ(warnings.lines.size(), 2) << f.name << ": " << warnings.text();
+        EXPECT_TRUE(warnings.lines[0].startsWith("@{") && warnings.lines[0].endsWith(f.text)) << warnings.text();
+        EXPECT_TRUE(warnings.lines[1].contains(f.reason)) << warnings.text();
+        EXPECT_EQ(warnings.categories, QStringList({"colcal.session", "colcal.session"})) << f.name;
+        warnings.take();
+        QLoggingCategory::setFilterRules(QStringLiteral("colcal.session.warning=false"));
+        EXPECT_FALSE(f.operation(rig.model())) << f.name;
+        QLoggingCategory::setFilterRules(QString());
+        EXPECT_TRUE(warnings.lines.isEmpty()) << f.name << ": lines despite the rule: " << warnings.text();
+    }
+}
+
+TEST(Session, SettingsTextIsAppliedLineByLineWithAWarningPerRejectedLine)
+{
     SessionRig rig(SessionRig::kMedical);
-    ASSERT_TRUE(rig.model().Open(rig.info()));
-    rig.model().SetGridPositon(CTrapezoid(QPoint(0, 0), QPoint(2, 0), QPoint(0, 2), QPoint(2, 2)));  // no patch fits
-    g_log.clear();
-    g_categories.clear();
-    auto previous = qInstallMessageHandler(captureLog);
-    EXPECT_FALSE(rig.model().ExecuteWhitebalance());
-    const QStringList lines = g_log;
-    // The session's category can be switched off as QT_LOGGING_RULES would.
-    QLoggingCategory::setFilterRules(QStringLiteral("colcal.session.warning=false"));
-    EXPECT_FALSE(rig.model().ExecuteWhitebalance());
-    QLoggingCategory::setFilterRules(QString());
-    qInstallMessageHandler(previous);
-    ASSERT_EQ(lines.size(), 2) << lines.join(" | ").toStdString();
-    EXPECT_EQ(g_log.size(), 2) << "lines despite the rule: " << g_log.join(" | ").toStdString();
-    EXPECT_EQ(g_categories, QStringList({"colcal.session", "colcal.session"}));
-    EXPECT_TRUE(lines[0].startsWith("@{") && lines[0].endsWith("};Whitebalance failed!")) << lines[0].toStdString();
-    EXPECT_TRUE(lines[1].endsWith(";ExecuteWhitebalance: 0 of 24 patches measured")) << lines[1].toStdString();
-    rig.model().Close();
+    ColorCorrectionModel& m = rig.model();
+    ASSERT_TRUE(m.Open(rig.info()));
+    Warnings warnings;
+    EXPECT_TRUE(m.LoadSettings(QString("BlackLevel\t3\nNoSuchFeature\t1\nGamma\t99\nGamma\t0.8\n")));
+    EXPECT_DOUBLE_EQ(rig.device().nodeMap().getFloat("BlackLevel"), 3.0);
+    EXPECT_DOUBLE_EQ(rig.device().nodeMap().getFloat("Gamma"), 0.8);
+    ASSERT_EQ(warnings.lines.size(), 2) << warnings.text();
+    EXPECT_TRUE(warnings.lines[0].endsWith(";LoadSettings: line 2: NoSuchFeature: unknown feature")) << warnings.text();
+    EXPECT_TRUE(warnings.lines[1].contains(";LoadSettings: line 3: Gamma: ")) << warnings.text();
 }
 
 TEST(Session, ColourConversionsRoundTrip)
@@ -344,34 +392,6 @@ TEST(Session, SecondAutoWhileTheFirstStillRunsReplacesItWithoutDeadlock)
     // Every replaced loop and the last one report their end.
     EXPECT_TRUE(QTest::qWaitFor([&] { return finished.count() >= 11; }, 60000)) << finished.count();
     EXPECT_TRUE(m.Close());
-}
-
-TEST(Session, SettingsTextIsAppliedLineByLineWithAWarningPerRejectedLine)
-{
-    SessionRig rig(SessionRig::kMedical);
-    ColorCorrectionModel& m = rig.model();
-    ASSERT_TRUE(m.Open(rig.info()));
-    g_log.clear();
-    auto previous = qInstallMessageHandler(captureLog);
-    const bool mixed = m.LoadSettings(QString("BlackLevel\t3\nNoSuchFeature\t1\nGamma\t99\nGamma\t0.8\n"));
-    const QStringList warnings = g_log;
-    g_log.clear();
-    const bool junk = m.LoadSettings(QString("\x89PNG\r\n"));
-    const QStringList junkWarnings = g_log;
-    qInstallMessageHandler(previous);
-
-    EXPECT_TRUE(mixed);
-    EXPECT_DOUBLE_EQ(rig.device().nodeMap().getFloat("BlackLevel"), 3.0);
-    EXPECT_DOUBLE_EQ(rig.device().nodeMap().getFloat("Gamma"), 0.8);
-    ASSERT_EQ(warnings.size(), 2) << warnings.join(" | ").toStdString();
-    EXPECT_TRUE(warnings[0].endsWith(";LoadSettings: line 2: NoSuchFeature: unknown feature")) << warnings[0].toStdString();
-    EXPECT_TRUE(warnings[1].contains(";LoadSettings: line 3: Gamma: ")) << warnings[1].toStdString();
-    // Nothing of it fits: the step fails with the session's text and the reason.
-    EXPECT_FALSE(junk);
-    ASSERT_EQ(junkWarnings.size(), 2) << junkWarnings.join(" | ").toStdString();
-    EXPECT_TRUE(junkWarnings[0].endsWith(";Error: Load settings to camera failed."));
-    EXPECT_TRUE(junkWarnings[1].contains("line 1")) << junkWarnings[1].toStdString();
-    m.Close();
 }
 
 TEST(Session, CloseForgetsPatchColoursAndImages)
