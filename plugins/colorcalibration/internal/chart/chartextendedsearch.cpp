@@ -1,6 +1,7 @@
 #include "chartextendedsearch.h"
 
 #include "chartgridcheck.h"
+#include "chartgridrefiner.h"
 #include "colorcorrectionautochartfinder.h"
 #include "colorcorrectionautochartfinderimpl.h"
 
@@ -67,7 +68,8 @@ QVector<QPoint> ChartExtendedSearch::find(ColorCorrectionAutoChartFinderImpl& im
                                           const ExtendedChartSearchParameters& prm)
 {
     if (!prm.enabled || image.isNull() || prm.workingWidth < 64 || prm.smallestPitch < 2 ||
-        !(prm.pitchRatio > 0.0 && prm.pitchRatio < 1.0) || prm.angleSteps < 1)
+        !(prm.pitchRatio > 0.0 && prm.pitchRatio < 1.0) || prm.angleSteps < 1 ||
+        !ColorCorrectionAutoChartFinderImpl::worthSearching(image.size()))
         return {};
     std::vector<float> angles;
     for (int a = 0; a < prm.angleSteps; ++a)
@@ -84,7 +86,11 @@ QVector<QPoint> ChartExtendedSearch::find(ColorCorrectionAutoChartFinderImpl& im
     std::vector<Band> bands(3);
     std::vector<const QImage*> sources = {&working, &working, &larger};
     const int largest = std::min(working.width() / 6, working.height() / 4);
-    for (double p = largest; p >= prm.smallestPitch - 0.5; p *= prm.pitchRatio) {
+    // A working copy enlarged from a small image holds pitches no grid can
+    // be placed at in the image itself.
+    const double smallest =
+        std::max(double(prm.smallestPitch), ChartGridRefiner::kMinPitch * working.width() / image.width());
+    for (double p = largest; p >= smallest - 0.5; p *= prm.pitchRatio) {
         const int rounded = int(std::lround(p));
         std::vector<int>& band = bands[rounded < prm.finePitchLimit ? 1 : 0].pitches;
         if (band.empty() || band.back() != rounded)

@@ -124,7 +124,7 @@ QVector<QPointF> ChartGridRefiner::refine(const QImage& source, const QVector<QP
     Corners c = {centres[0], centres[kColumns - 1], centres[kPatches - 1], centres[kPatches - kColumns]};
     const QPointF rowStep = (c[1] - c[0]) / double(kColumns - 1);
     const double pitch = std::hypot(rowStep.x(), rowStep.y());
-    if (!(pitch >= 2.0))
+    if (!(pitch >= kMinPitch))
         return centres;
     const bool bilinear = pitch < kBilinearPitch;
     double best = spread(image, c, kHalfCell, bilinear);

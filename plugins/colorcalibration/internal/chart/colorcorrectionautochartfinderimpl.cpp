@@ -524,16 +524,35 @@ std::vector<ColorCorrectionAutoChartFinderImpl::Candidate> ColorCorrectionAutoCh
     return kept;
 }
 
-QVector<QPoint> ColorCorrectionAutoChartFinderImpl::getInitialRegressionPatches(QImage image)
+namespace {
+
+// The standard search's pitches on a working copy of `size`: from the largest
+// the copy holds down by quarters to a floor of 20 pixels, an eighth of the
+// largest or `minPitch`, whichever is highest.
+std::vector<int> standardPitches(const QSize& size, double minPitch)
+{
+    const double largest = std::min(size.width() / 6, size.height() / 4);
+    const double smallest = std::max({20.0, largest / 8.0, minPitch});
+    std::vector<int> pitches;
+    if (largest <= 0.0)
+        return pitches;
+    const int scales = int(std::ceil(std::log(largest / smallest) / kLnFourThirds));
+    for (int s = 0; s < scales; ++s)
+        pitches.push_back(int(std::lround(largest * std::pow(0.75, s))));
+    return pitches;
+}
+
+}  // namespace
+
+QVector<QPoint> ColorCorrectionAutoChartFinderImpl::getInitialRegressionPatches(QImage image, double minPitch)
 {
     if (image.isNull())
         return {};
     const int W = image.width(), H = image.height();
-    const double largest = std::min(W / 6, H / 4);
-    const double smallest = std::max(20.0, largest / 8.0);
-    if (largest <= 0.0)
+    SearchLadder ladder;
+    ladder.pitches = standardPitches(image.size(), minPitch);
+    if (ladder.pitches.empty())
         return {};
-    const int scales = int(std::ceil(std::log(largest / smallest) / kLnFourThirds));
 
     const QImage red = killAllChannelBut(QColor(1, 0, 0, 255), image);
     const QImage green = killAllChannelBut(QColor(0, 1, 0, 255), image);
@@ -543,9 +562,6 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::getInitialRegressionPatches(
     if (rg.nr() != W || rg.nc() != H)
         return {};
 
-    SearchLadder ladder;
-    for (int s = 0; s < scales; ++s)
-        ladder.pitches.push_back(int(std::lround(largest * std::pow(0.75, s))));
     for (float a = 0.0f; a < kAngleLimit; a += kAngleStep)
         ladder.angles.push_back(a);
     ladder.xMargin = 2.0;
@@ -858,16 +874,26 @@ int ColorCorrectionAutoChartFinderImpl::calculateVGap(QPoint a, QPoint b)
     return std::abs(a.y() - b.y());
 }
 
+bool ColorCorrectionAutoChartFinderImpl::worthSearching(const QSize& imageSize)
+{
+    const int longer = std::max(imageSize.width(), imageSize.height());
+    const int shorter = std::min(imageSize.width(), imageSize.height());
+    return longer >= kColumns * ChartGridRefiner::kMinPitch && shorter >= kRows * ChartGridRefiner::kMinPitch &&
+           qint64(imageSize.height()) <= qint64(kMaxHeightPerWidth) * imageSize.width();
+}
+
 QVector<QPoint> ColorCorrectionAutoChartFinderImpl::GetChartPosition(QImage image)
 {
-    if (image.isNull() || image.width() <= 0 || image.height() <= 0)
+    if (image.isNull() || !worthSearching(image.size()))
         return {};
     const double f = image.width() / double(kWorkingWidth);
     const QImage small = image.scaledToWidth(kWorkingWidth, Qt::FastTransformation);
-    if (small.isNull())
+    // An image enlarged to the working width holds pitches no grid can be placed at.
+    const double minPitch = ChartGridRefiner::kMinPitch / f;
+    if (small.isNull() || standardPitches(small.size(), minPitch).empty())
         return {};
     const QImage blurred = boxFilter(small, 5);
-    const QVector<QPoint> initial = getInitialRegressionPatches(blurred);
+    const QVector<QPoint> initial = getInitialRegressionPatches(blurred, minPitch);
     // A grid beside the chart can still match its colour ratios; a wrong grid
     // is worse than none, since calibration would measure the wrong patches.
     return placeGrid(image, blurred, initial, f, [&small](const QVector<QPoint>& centres, const QVector<QPointF>&) {
