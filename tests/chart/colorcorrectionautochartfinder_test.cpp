@@ -2,6 +2,7 @@
 #include "colorcorrectionautochartfinderimpl.h"
 
 #include <QImageReader>
+#include <QLoggingCategory>
 #include <QSignalSpy>
 
 #include <gtest/gtest.h>
@@ -115,6 +116,33 @@ const SizeRow kSizeRows[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Rows, FinderImageSize, ::testing::ValuesIn(kSizeRows));
+
+QStringList g_chartLines;
+
+void collectChartLines(QtMsgType, const QMessageLogContext& context, const QString& message)
+{
+    if (QByteArray(context.category) == "colcal.chart")
+        g_chartLines << message;
+}
+
+TEST(ColorCorrectionAutoChartFinder, DebugLinesGoToTheChartCategoryAndAreOffUnlessAskedFor)
+{
+    ColorCorrectionAutoChartFinder finder;
+    QImage strip(8, 2000, QImage::Format_RGB32);
+    strip.fill(Qt::red);
+    g_chartLines.clear();
+    const QtMessageHandler previous = qInstallMessageHandler(collectChartLines);
+    finder.GetChartPosition(strip);
+    const QStringList byDefault = g_chartLines;
+    QLoggingCategory::setFilterRules(QStringLiteral("colcal.chart.debug=true"));
+    finder.GetChartPosition(strip);
+    QLoggingCategory::setFilterRules(QString());
+    qInstallMessageHandler(previous);
+    EXPECT_TRUE(byDefault.isEmpty());
+    ASSERT_EQ(g_chartLines.size(), 2);
+    EXPECT_TRUE(g_chartLines[0].startsWith("8x2000 image not searched")) << g_chartLines[0].toStdString();
+    EXPECT_TRUE(g_chartLines[1].startsWith("no chart in the 8x2000 image")) << g_chartLines[1].toStdString();
+}
 
 TEST(ColorCorrectionAutoChartFinder, ImageWithoutChartGivesNoValidResult)
 {

@@ -68,6 +68,11 @@ public:
     /// Per pixel: channel sum of numerator over that of denominator (1 where the
     /// denominator is 0); a 1x1 zero matrix when the images differ in size or format.
     FloatMatrix divideQImage(QImage numerator, QImage denominator);
+    /// Red over green and blue over green (divideQImage of the single channels).
+    struct RatioFields {
+        FloatMatrix rg, bg;
+    };
+    RatioFields ratioFields(const QImage& image);
     /// Green values along a line, the first weighted `count`, the last 1.
     float reverseWeightedSum(QImage image, QPoint start, int stepY, int stepX, int count);
     /// Moves `start` one pixel per axis and round towards the side with more
