@@ -83,19 +83,26 @@ TEST(ChartDiscriminator, NewDiscriminatorHasDegenerateGridAndNothingStored)
     EXPECT_DOUBLE_EQ(d.get80PercentGrayPatch150DnHitRate(), 0.0);
 }
 
-TEST(ChartDiscriminator, AxisAlignedGridGivesShrunkPatchesInRowMajorOrder)
+class PatchSize : public ::testing::TestWithParam<int> {};
+
+// Each patch covers its share of a 100-pixel cell, centred in it, in row-major
+// order: shrunk (70 %), tiling the grid (100 %), collapsed to the centre (0 %).
+TEST_P(PatchSize, PatchesAreCentredInTheirCellsInRowMajorOrder)
 {
-    ChartDiscriminator d(70);
+    const int percent = GetParam();
+    ChartDiscriminator d(percent);
     d.setGridPosition(rect(0, 0, 600, 400));
     QVector<CTrapezoid> patches;
     d.getChartPositions(patches);
     ASSERT_EQ(patches.size(), 24);
-    EXPECT_EQ(patches[0], CTrapezoid(QPoint(15, 15), QPoint(85, 15), QPoint(15, 85), QPoint(85, 85)));
-    EXPECT_EQ(patches[23], CTrapezoid(QPoint(515, 315), QPoint(585, 315), QPoint(515, 385), QPoint(585, 385)));
-    // Row-major: patch 6 starts the second row.
-    EXPECT_EQ(patches[6].getTopLeft(), QPoint(15, 115));
-    EXPECT_EQ(patches[5].getTopLeft(), QPoint(515, 15));
+    const int m = (100 - percent) / 2;
+    for (int k = 0; k < 24; ++k) {
+        const int x = k % 6 * 100, y = k / 6 * 100;
+        EXPECT_EQ(patches[k], rect(x + m, y + m, x + 100 - m, y + 100 - m)) << percent << " %, patch " << k;
+    }
 }
+
+INSTANTIATE_TEST_SUITE_P(Percent, PatchSize, ::testing::Values(70, 100, 0));
 
 TEST(ChartDiscriminator, GetChartPositionsAppendsToCallersVector)
 {
@@ -107,27 +114,10 @@ TEST(ChartDiscriminator, GetChartPositionsAppendsToCallersVector)
     EXPECT_EQ(patches[1].getTopLeft(), QPoint(15, 15));
 }
 
-TEST(ChartDiscriminator, FullSizePatchesTileTheGridExactly)
-{
-    ChartDiscriminator d(100);
-    d.setGridPosition(rect(0, 0, 600, 400));
-    QVector<CTrapezoid> patches;
-    d.getChartPositions(patches);
-    ASSERT_EQ(patches.size(), 24);
-    for (int r = 0; r < 4; ++r)
-        for (int c = 0; c < 6; ++c)
-            EXPECT_EQ(patches[r * 6 + c], rect(c * 100, r * 100, (c + 1) * 100, (r + 1) * 100)) << r << "," << c;
-}
-
-TEST(ChartDiscriminator, ZeroSizePatchesCollapseToCellCentresAndSampleNothing)
+TEST(ChartDiscriminator, ZeroSizePatchesSampleNothing)
 {
     ChartDiscriminator d(0);
     d.setGridPosition(rect(0, 0, 600, 400));
-    QVector<CTrapezoid> patches;
-    d.getChartPositions(patches);
-    ASSERT_EQ(patches.size(), 24);
-    EXPECT_EQ(patches[0], rect(50, 50, 50, 50));
-    EXPECT_EQ(patches[23], rect(550, 350, 550, 350));
     CKaltoImage img = uniform8(600, 400, 100, 100, 100);
     EXPECT_FALSE(d.updateColorPatchValues(&img));
     QVector<QColor> colours;

@@ -195,6 +195,53 @@ const FamilyRow kScenes[] = {
 
 INSTANTIATE_TEST_SUITE_P(Families, FinderOnScenes, ::testing::ValuesIn(kScenes));
 
+// Charts at the smallest pitches found, in frames barely larger than the
+// chart: the searches skip images and pitches too small for a grid, and must
+// still find these.
+struct TinyRow {
+    const char* name;
+    double pitch;
+    double angleDeg;
+    QSize frame;
+    uint32_t seed;
+    Search by;
+};
+
+void PrintTo(const TinyRow& row, std::ostream* os)
+{
+    *os << row.name;
+}
+
+class FinderOnTinyFrames : public ::testing::TestWithParam<TinyRow> {};
+
+TEST_P(FinderOnTinyFrames, FindsTheSmallestCharts)
+{
+    const TinyRow& row = GetParam();
+    ChartScene::Params p = ChartScene::randomParams(row.seed, row.frame.width(), row.frame.height());
+    p.pitch = row.pitch;
+    p.angleDeg = row.angleDeg;
+    p.perspective = 0.0;
+    p.clutter = 0;
+    Quad truth;
+    const QImage image = ChartScene::render(p, truth);
+    ColorCorrectionAutoChartFinder finder;
+    const ColorCorrectionAutoChartFinderResult r = finder.GetChartPosition(image);
+    ASSERT_TRUE(r.valid);
+    EXPECT_EQ(r.foundBy, row.by);
+    // Corners come in whole pixels, a third of a pitch or more at these pitches.
+    EXPECT_LE(worstCentreError(r, truth, 0.5), std::max(0.25, 1.0 / row.pitch));
+}
+
+const TinyRow kTinyFrames[] = {
+    {"pitch 2 px in 17 x 13", 2.0, 0.0, {17, 13}, 220, Search::Standard},
+    {"pitch 2 px turned clockwise in 13 x 17", 2.0, 90.0, {13, 17}, 220, Search::Standard},
+    {"pitch 3 px in 23 x 17", 3.0, 0.0, {23, 17}, 310, Search::Standard},
+    {"pitch 5 px in 38 x 28", 5.0, 0.0, {38, 28}, 510, Search::Extended},
+    {"pitch 5 px tilted in 53 x 43", 5.0, 10.0, {53, 43}, 540, Search::Extended},
+};
+
+INSTANTIATE_TEST_SUITE_P(Frames, FinderOnTinyFrames, ::testing::ValuesIn(kTinyFrames));
+
 TEST(ColorCorrectionAutoChartFinder, ResultSaysTheStandardSearchFoundAnEasyChart)
 {
     ColorCorrectionAutoChartFinder finder;

@@ -2,6 +2,7 @@
 #include "colorcorrectionautochartfinderimpl.h"
 
 #include <QImageReader>
+#include <QLoggingCategory>
 #include <QSignalSpy>
 
 #include <gtest/gtest.h>
@@ -79,16 +80,68 @@ TEST(ColorCorrectionAutoChartFinder, UniformImageGivesNoValidResultAndEmitsOnce)
     EXPECT_FALSE(spy.at(0).at(0).value<ColorCorrectionAutoChartFinderResult>().valid);
 }
 
-TEST(ColorCorrectionAutoChartFinder, NullAndTinyImagesGiveNoValidResult)
+struct SizeRow {
+    QSize size;
+    bool searched;
+};
+
+void PrintTo(const SizeRow& row, std::ostream* os)
+{
+    *os << row.size.width() << "x" << row.size.height();
+}
+
+class FinderImageSize : public ::testing::TestWithParam<SizeRow> {};
+
+// The grid needs 6 x 4 pitches of 2 pixels, either way up; frames over four
+// times as tall as wide would be enlarged into millions of working pixels.
+TEST_P(FinderImageSize, OnlyImagesThatCanHoldTheGridAreSearched)
+{
+    const SizeRow& row = GetParam();
+    EXPECT_EQ(ColorCorrectionAutoChartFinderImpl::worthSearching(row.size), row.searched);
+    if (row.searched)
+        return;
+    // Refused images get the ordinary answer: not found, announced once.
+    ColorCorrectionAutoChartFinder finder;
+    QSignalSpy spy(&finder, &ColorCorrectionAutoChartFinder::autoChartFinderFinished);
+    QImage image(row.size, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    EXPECT_FALSE(finder.GetChartPosition(image).valid);
+    EXPECT_EQ(spy.count(), 1);
+}
+
+const SizeRow kSizeRows[] = {
+    {{0, 0}, false},     {{3, 2}, false},    {{11, 8}, false},    {{12, 7}, false},
+    {{7, 12}, false},    {{12, 8}, true},    {{8, 12}, true},     {{2000, 8}, true},
+    {{8, 2000}, false},  {{100, 400}, true}, {{100, 401}, false}, {{30000, 100}, true},
+};
+
+INSTANTIATE_TEST_SUITE_P(Rows, FinderImageSize, ::testing::ValuesIn(kSizeRows));
+
+QStringList g_chartLines;
+
+void collectChartLines(QtMsgType, const QMessageLogContext& context, const QString& message)
+{
+    if (QByteArray(context.category) == "colcal.chart")
+        g_chartLines << message;
+}
+
+TEST(ColorCorrectionAutoChartFinder, DebugLinesGoToTheChartCategoryAndAreOffUnlessAskedFor)
 {
     ColorCorrectionAutoChartFinder finder;
-    EXPECT_FALSE(finder.GetChartPosition(QImage()).valid);
-    QImage tiny(3, 2, QImage::Format_RGB32);
-    tiny.fill(Qt::red);
-    EXPECT_FALSE(finder.GetChartPosition(tiny).valid);
-    QImage strip(2000, 8, QImage::Format_RGB32);
-    strip.fill(Qt::blue);
-    EXPECT_FALSE(finder.GetChartPosition(strip).valid);
+    QImage strip(8, 2000, QImage::Format_RGB32);
+    strip.fill(Qt::red);
+    g_chartLines.clear();
+    const QtMessageHandler previous = qInstallMessageHandler(collectChartLines);
+    finder.GetChartPosition(strip);
+    const QStringList byDefault = g_chartLines;
+    QLoggingCategory::setFilterRules(QStringLiteral("colcal.chart.debug=true"));
+    finder.GetChartPosition(strip);
+    QLoggingCategory::setFilterRules(QString());
+    qInstallMessageHandler(previous);
+    EXPECT_TRUE(byDefault.isEmpty());
+    ASSERT_EQ(g_chartLines.size(), 2);
+    EXPECT_TRUE(g_chartLines[0].startsWith("8x2000 image not searched")) << g_chartLines[0].toStdString();
+    EXPECT_TRUE(g_chartLines[1].startsWith("no chart in the 8x2000 image")) << g_chartLines[1].toStdString();
 }
 
 TEST(ColorCorrectionAutoChartFinder, ImageWithoutChartGivesNoValidResult)

@@ -1,5 +1,6 @@
 #include "chartdiscriminator.h"
 
+#include "chartlayout.h"
 #include "kalto/kaltoimage.h"
 
 #include <QLineF>
@@ -10,8 +11,8 @@
 
 namespace {
 
-constexpr int kColumns = 6;
-constexpr int kRows = 4;
+using ChartLayout::kColumns;
+using ChartLayout::kRows;
 // A patch needs this many inside pixels for its median to mean anything.
 constexpr size_t kMinSamples = 24;
 

@@ -1,6 +1,7 @@
 #include "chartextendedsearch.h"
 
 #include "chartgridcheck.h"
+#include "chartgridrefiner.h"
 #include "colorcorrectionautochartfinder.h"
 #include "colorcorrectionautochartfinderimpl.h"
 
@@ -61,30 +62,18 @@ struct Tried {
     const Band* band;
 };
 
-}  // namespace
-
-QVector<QPoint> ChartExtendedSearch::find(ColorCorrectionAutoChartFinderImpl& impl, const QImage& image,
-                                          const ExtendedChartSearchParameters& prm)
+// The pitches of the three bands: the working copy's coarse and fine bands
+// from the largest pitch it holds down, and the larger copy's pitches below
+// those the working copy reaches (none when the image is no wider than it).
+std::vector<Band> bandPitches(int workingWidth, int workingHeight, int imageWidth, int largerWidth,
+                              const ExtendedChartSearchParameters& prm)
 {
-    if (!prm.enabled || image.isNull() || prm.workingWidth < 64 || prm.smallestPitch < 2 ||
-        !(prm.pitchRatio > 0.0 && prm.pitchRatio < 1.0) || prm.angleSteps < 1)
-        return {};
-    std::vector<float> angles;
-    for (int a = 0; a < prm.angleSteps; ++a)
-        angles.push_back(float(2.0 * M_PI * a / prm.angleSteps));
-
-    // The working copy holds the whole ladder from the largest pitch down,
-    // split into a coarse and a fine band by blur. A larger copy, where the
-    // image has the pixels for it, adds the pitches the working copy cannot
-    // resolve: a pyramid of two levels.
-    const QImage working = image.scaledToWidth(prm.workingWidth, Qt::SmoothTransformation)
-                               .convertToFormat(QImage::Format_ARGB32);
-    const int largerWidth = std::min(image.width(), prm.largerWorkingWidth);
-    QImage larger;  // made when its band is searched
     std::vector<Band> bands(3);
-    std::vector<const QImage*> sources = {&working, &working, &larger};
-    const int largest = std::min(working.width() / 6, working.height() / 4);
-    for (double p = largest; p >= prm.smallestPitch - 0.5; p *= prm.pitchRatio) {
+    const int largest = std::min(workingWidth / 6, workingHeight / 4);
+    // A working copy enlarged from a small image holds pitches no grid can
+    // be placed at in the image itself.
+    const double smallest = std::max(double(prm.smallestPitch), ChartGridRefiner::kMinPitch * workingWidth / imageWidth);
+    for (double p = largest; p >= smallest - 0.5; p *= prm.pitchRatio) {
         const int rounded = int(std::lround(p));
         std::vector<int>& band = bands[rounded < prm.finePitchLimit ? 1 : 0].pitches;
         if (band.empty() || band.back() != rounded)
@@ -99,6 +88,55 @@ QVector<QPoint> ChartExtendedSearch::find(ColorCorrectionAutoChartFinderImpl& im
                 bands[2].pitches.push_back(rounded);
         }
     }
+    return bands;
+}
+
+// The band's blurred copy of `source`, blurred in proportion to its smallest
+// pitch, and its ratio fields.
+void prepareBand(ColorCorrectionAutoChartFinderImpl& impl, Band& band, const QImage& source, int imageWidth,
+                 const ExtendedChartSearchParameters& prm)
+{
+    band.scale = imageWidth / double(source.width());
+    band.blurred = meanBlur(source, int(std::lround(prm.blurPerPitch * band.pitches.back())));
+    auto fields = impl.ratioFields(band.blurred);
+    band.rg = std::move(fields.rg);
+    band.bg = std::move(fields.bg);
+}
+
+ColorCorrectionAutoChartFinderImpl::SearchLadder ladderOf(const Band& band, const ExtendedChartSearchParameters& prm)
+{
+    ColorCorrectionAutoChartFinderImpl::SearchLadder ladder;
+    ladder.pitches = band.pitches;
+    for (int a = 0; a < prm.angleSteps; ++a)
+        ladder.angles.push_back(float(2.0 * M_PI * a / prm.angleSteps));
+    // The model's nine samples must lie in the image; the chart itself may reach its edge.
+    ladder.xMargin = 1.0;
+    ladder.yMargin = 1.0;
+    ladder.minScore = prm.minSearchScore;
+    ladder.leaveOutSlack = prm.leaveOutSlack;
+    ladder.samplesLeftOut = prm.searchSamplesLeftOut;
+    return ladder;
+}
+
+}  // namespace
+
+QVector<QPoint> ChartExtendedSearch::find(ColorCorrectionAutoChartFinderImpl& impl, const QImage& image,
+                                          const ExtendedChartSearchParameters& prm)
+{
+    if (!prm.enabled || image.isNull() || prm.workingWidth < 64 || prm.smallestPitch < 2 ||
+        !(prm.pitchRatio > 0.0 && prm.pitchRatio < 1.0) || prm.angleSteps < 1 ||
+        !ColorCorrectionAutoChartFinderImpl::worthSearching(image.size()))
+        return {};
+    // The working copy holds the whole ladder from the largest pitch down,
+    // split into a coarse and a fine band by blur. A larger copy, where the
+    // image has the pixels for it, adds the pitches the working copy cannot
+    // resolve: a pyramid of two levels.
+    const QImage working = image.scaledToWidth(prm.workingWidth, Qt::SmoothTransformation)
+                               .convertToFormat(QImage::Format_ARGB32);
+    const int largerWidth = std::min(image.width(), prm.largerWorkingWidth);
+    QImage larger;  // made when its band is searched
+    std::vector<Band> bands = bandPitches(working.width(), working.height(), image.width(), largerWidth, prm);
+    std::vector<const QImage*> sources = {&working, &working, &larger};
 
     // Candidates of the given bands, best first.
     auto search = [&](size_t first, size_t last) {
@@ -109,27 +147,9 @@ QVector<QPoint> ChartExtendedSearch::find(ColorCorrectionAutoChartFinderImpl& im
                 continue;
             if (sources[b] == &larger && larger.isNull())
                 larger = image.scaledToWidth(largerWidth, Qt::SmoothTransformation).convertToFormat(QImage::Format_ARGB32);
-            const QImage& source = *sources[b];
-            band.scale = image.width() / double(source.width());
-            const int radius = int(std::lround(prm.blurPerPitch * band.pitches.back()));
-            band.blurred = meanBlur(source, radius);
-            const QImage red = impl.killAllChannelBut(QColor(1, 0, 0, 255), band.blurred);
-            const QImage green = impl.killAllChannelBut(QColor(0, 1, 0, 255), band.blurred);
-            const QImage blue = impl.killAllChannelBut(QColor(0, 0, 1, 255), band.blurred);
-            band.rg = impl.divideQImage(red, green);
-            band.bg = impl.divideQImage(blue, green);
-            ColorCorrectionAutoChartFinderImpl::SearchLadder ladder;
-            ladder.pitches = band.pitches;
-            ladder.angles = angles;
-            // The model's nine samples must lie in the image; the chart itself
-            // may reach its edge.
-            ladder.xMargin = 1.0;
-            ladder.yMargin = 1.0;
-            ladder.minScore = prm.minSearchScore;
-            ladder.leaveOutSlack = prm.leaveOutSlack;
-            ladder.samplesLeftOut = prm.searchSamplesLeftOut;
-            for (const auto& c :
-                 ColorCorrectionAutoChartFinderImpl::searchPlacements(band.rg, band.bg, ladder, prm.candidates))
+            prepareBand(impl, band, *sources[b], image.width(), prm);
+            for (const auto& c : ColorCorrectionAutoChartFinderImpl::searchPlacements(band.rg, band.bg,
+                                                                                      ladderOf(band, prm), prm.candidates))
                 tried.push_back({c, &band});
         }
         std::sort(tried.begin(), tried.end(),

@@ -1,5 +1,6 @@
 #include "chartgridcheck.h"
 
+#include "chartlayout.h"
 #include "colorchecker.h"
 #include "colorspace.h"
 
@@ -12,10 +13,11 @@
 
 namespace {
 
-constexpr int kColumns = 6;
-constexpr int kRows = 4;
-constexpr int kPatches = kColumns * kRows;
-constexpr int kFirstGrey = 18;
+using ChartLayout::kColumns;
+using ChartLayout::kRows;
+using ChartLayout::kPatches;
+// White and the greys follow the chromatic patches.
+constexpr int kFirstGrey = ChartLayout::kChromatic;
 
 // Thresholds, chosen on clean renders, the emulated cameras and real photos
 // (printed charts, colour casts, dim light) against grids placed beside them.
@@ -95,28 +97,35 @@ const std::array<Rgb, kPatches>& expectedCells()
 
 }  // namespace
 
-ChartGridCheck::Measures ChartGridCheck::measure(const QImage& source, const QVector<QPoint>& c)
+namespace {
+
+using Cells = std::array<Rgb, kPatches>;
+
+// Grid axes from the corner cells: one pitch along a row and down a column.
+struct Axes {
+    QPointF row, column;
+};
+
+Axes axesOf(const QVector<QPoint>& c)
 {
-    Measures m;
-    if (c.size() != kPatches || source.isNull())
-        return m;
-    const QImage image = source.convertToFormat(QImage::Format_ARGB32);
-    // Grid axes from the corner cells; the cells are sampled over the middle
-    // 40 % of a pitch along both axes.
-    const QPointF row = QPointF(c[5] - c[0] + c[23] - c[18]) / 10.0;
-    const QPointF column = QPointF(c[18] - c[0] + c[23] - c[5]) / 6.0;
+    return {QPointF(c[5] - c[0] + c[23] - c[18]) / 10.0, QPointF(c[18] - c[0] + c[23] - c[5]) / 6.0};
+}
+
+// Mean colour and spread (mean channel standard deviation) of each cell over
+// the middle 40 % of a pitch along both axes; false when a cell leaves the image.
+bool sampleCells(const QImage& image, const QVector<QPoint>& c, const Axes& axes, Cells& cells,
+                 std::vector<double>& spreads)
+{
     constexpr int kSide = 5;
-    std::array<Rgb, kPatches> cells;
-    std::vector<double> spreads;
     for (int k = 0; k < kPatches; ++k) {
         Rgb sum, sq;
         for (int i = 0; i < kSide; ++i) {
             for (int j = 0; j < kSide; ++j) {
                 const double u = 0.4 * (i / double(kSide - 1) - 0.5), v = 0.4 * (j / double(kSide - 1) - 0.5);
-                const QPointF p = QPointF(c[k]) + row * u + column * v;
+                const QPointF p = QPointF(c[k]) + axes.row * u + axes.column * v;
                 const int x = int(std::lround(p.x())), y = int(std::lround(p.y()));
                 if (!image.valid(x, y))
-                    return m;
+                    return false;
                 const QRgb px = image.pixel(x, y);
                 sum.r += qRed(px);
                 sum.g += qGreen(px);
@@ -131,19 +140,26 @@ ChartGridCheck::Measures ChartGridCheck::measure(const QImage& source, const QVe
         auto sd = [n](double s, double q) { return std::sqrt(std::max(0.0, q / n - (s / n) * (s / n))); };
         spreads.push_back((sd(sum.r, sq.r) + sd(sum.g, sq.g) + sd(sum.b, sq.b)) / 3.0);
     }
-    std::vector<double> steps;
-    for (int r = 0; r < kRows; ++r)
-        for (int col = 0; col < kColumns; ++col) {
-            const int k = r * kColumns + col;
-            if (col + 1 < kColumns)
-                steps.push_back(colourStep(cells[k], cells[k + 1]));
-            if (r + 1 < kRows)
-                steps.push_back(colourStep(cells[k], cells[k + kColumns]));
-        }
-    const double step = std::max(median(steps), 1.0);
-    m.cellSpread = quantile(spreads, 0.75) / step;
+    return true;
+}
 
-    // Borders: a short stretch across the middle of each shared cell edge.
+// Median colour step between neighbouring cells, at least 1.
+double neighbourStep(const Cells& cells)
+{
+    std::vector<double> steps;
+    for (int k = 0; k < kPatches; ++k) {
+        if (k % kColumns + 1 < kColumns)
+            steps.push_back(colourStep(cells[k], cells[k + 1]));
+        if (k / kColumns + 1 < kRows)
+            steps.push_back(colourStep(cells[k], cells[k + kColumns]));
+    }
+    return std::max(median(steps), 1.0);
+}
+
+// Share of the shared cell edges whose middle (a short stretch across it) has
+// the median border colour, the chart's background; -1 when a stretch leaves the image.
+double bordersOnBackground(const QImage& image, const QVector<QPoint>& c, const Axes& axes, double step)
+{
     std::vector<Rgb> borders;
     for (int k = 0; k < kPatches; ++k) {
         const int col = k % kColumns, r = k / kColumns;
@@ -151,13 +167,13 @@ ChartGridCheck::Measures ChartGridCheck::measure(const QImage& source, const QVe
             if ((dir == 0 && col + 1 >= kColumns) || (dir == 1 && r + 1 >= kRows))
                 continue;
             const QPointF mid = 0.5 * QPointF(c[k] + c[dir == 0 ? k + 1 : k + kColumns]);
-            const QPointF along = dir == 0 ? column : row;
+            const QPointF along = dir == 0 ? axes.column : axes.row;
             Rgb sum;
             for (int i = -2; i <= 2; ++i) {
                 const QPointF p = mid + along * (0.1 * i);
                 const int x = int(std::lround(p.x())), y = int(std::lround(p.y()));
                 if (!image.valid(x, y))
-                    return m;
+                    return -1.0;
                 const QRgb px = image.pixel(x, y);
                 sum.r += qRed(px) / 5.0;
                 sum.g += qGreen(px) / 5.0;
@@ -176,8 +192,11 @@ ChartGridCheck::Measures ChartGridCheck::measure(const QImage& source, const QVe
     int onBackground = 0;
     for (const Rgb& b : borders)
         onBackground += colourStep(b, background) <= kMaxBorderStep * step;
-    m.bordersOnBackground = double(onBackground) / borders.size();
+    return double(onBackground) / borders.size();
+}
 
+void measureGreyRow(const Cells& cells, double step, ChartGridCheck::Measures& m)
+{
     m.greyStepsDown = 0;
     for (int k = kFirstGrey; k < kPatches - 1; ++k)
         m.greyStepsDown += cells[k].lightness() > cells[k + 1].lightness();
@@ -187,7 +206,10 @@ ChartGridCheck::Measures ChartGridCheck::measure(const QImage& source, const QVe
         for (int j = i + 1; j < kPatches; ++j)
             drop = std::max(drop, cells[i].lightness() - cells[j].lightness());
     m.greyDrop = drop / step;
+}
 
+void measureHues(const Cells& cells, ChartGridCheck::Measures& m)
+{
     const Rgb gain = greyGain(cells);
     const Rgb expectedGain = greyGain(expectedCells());
     std::vector<double> greyChroma, colourChroma;
@@ -209,6 +231,29 @@ ChartGridCheck::Measures ChartGridCheck::measure(const QImage& source, const QVe
     // something coloured and the row still reads as grey.
     m.greyChroma = quantile(greyChroma, 2.0 / 6.0) / std::max(median(colourChroma), 1e-6);
     m.hueAgreement = measuredSq > 0 && expectedSq > 0 ? dot / std::sqrt(measuredSq * expectedSq) : -1.0;
+}
+
+}  // namespace
+
+ChartGridCheck::Measures ChartGridCheck::measure(const QImage& source, const QVector<QPoint>& c)
+{
+    Measures m;
+    if (c.size() != kPatches || source.isNull())
+        return m;
+    const QImage image = source.convertToFormat(QImage::Format_ARGB32);
+    const Axes axes = axesOf(c);
+    Cells cells;
+    std::vector<double> spreads;
+    if (!sampleCells(image, c, axes, cells, spreads))
+        return m;
+    const double step = neighbourStep(cells);
+    m.cellSpread = quantile(spreads, 0.75) / step;
+    const double borders = bordersOnBackground(image, c, axes, step);
+    if (borders < 0.0)
+        return m;
+    m.bordersOnBackground = borders;
+    measureGreyRow(cells, step, m);
+    measureHues(cells, m);
     return m;
 }
 
@@ -327,7 +372,7 @@ int ChartGridCheck::cellsOffPatches(const QImage& source, const QVector<QPointF>
     const QImage image = source.format() == QImage::Format_ARGB32 || source.format() == QImage::Format_RGB32
                              ? source
                              : source.convertToFormat(QImage::Format_RGB32);
-    std::array<Rgb, kPatches> cells;
+    Cells cells;
     std::array<double, kPatches> halfSteps;
     for (int k = 0; k < kPatches; ++k) {
         // Sums of the left, right, upper and lower halves of the cell's middle.
@@ -352,14 +397,7 @@ int ChartGridCheck::cellsOffPatches(const QImage& source, const QVector<QPointF>
         cells[k] = {(half[0].r + half[1].r) / 2, (half[0].g + half[1].g) / 2, (half[0].b + half[1].b) / 2};
         halfSteps[k] = std::max(colourStep(half[0], half[1]), colourStep(half[2], half[3]));
     }
-    std::vector<double> steps;
-    for (int k = 0; k < kPatches; ++k) {
-        if (k % kColumns + 1 < kColumns)
-            steps.push_back(colourStep(cells[k], cells[k + 1]));
-        if (k / kColumns + 1 < kRows)
-            steps.push_back(colourStep(cells[k], cells[k + kColumns]));
-    }
-    const double step = std::max(median(steps), 1.0);
+    const double step = neighbourStep(cells);
     // Printed or textured patches differ between halves even in place; the
     // quietest quarter of the cells shows how much. A grid off its patches
     // everywhere raises that quarter too, so texture may at most double the bar.

@@ -1,5 +1,7 @@
 #include "chartgridrefiner.h"
 
+#include "chartlayout.h"
+
 #include <QPolygonF>
 #include <QTransform>
 
@@ -10,9 +12,9 @@
 
 namespace {
 
-constexpr int kColumns = 6;
-constexpr int kRows = 4;
-constexpr int kPatches = kColumns * kRows;
+using ChartLayout::kColumns;
+using ChartLayout::kRows;
+using ChartLayout::kPatches;
 // Cells are sampled over +-0.35 of a pitch: the patches of the chart fill
 // about 0.8 of it, so a cell stays uniform only within a few hundredths of
 // a pitch of its patch.
@@ -112,25 +114,18 @@ double spread(const QImage& image, const Corners& c, double halfCell, bool bilin
     return total / kPatches;
 }
 
-}  // namespace
+// How the spread is sampled during one descent.
+struct Sampling {
+    double halfCell;
+    double pitch;
+    bool bilinear;
+};
 
-QVector<QPointF> ChartGridRefiner::refine(const QImage& source, const QVector<QPointF>& centres)
+// Moves the corners in steps halving from `firstStep` while that lowers the
+// spread below `best`; returns the lowest spread reached.
+double descend(const QImage& image, Corners& c, const Sampling& sampling, double firstStep, double best,
+               const std::vector<int>& moves)
 {
-    if (centres.size() != kPatches || source.isNull())
-        return centres;
-    const QImage image = source.format() == QImage::Format_ARGB32 || source.format() == QImage::Format_RGB32
-                             ? source
-                             : source.convertToFormat(QImage::Format_RGB32);
-    Corners c = {centres[0], centres[kColumns - 1], centres[kPatches - 1], centres[kPatches - kColumns]};
-    const QPointF rowStep = (c[1] - c[0]) / double(kColumns - 1);
-    const double pitch = std::hypot(rowStep.x(), rowStep.y());
-    if (!(pitch >= 2.0))
-        return centres;
-    const bool bilinear = pitch < kBilinearPitch;
-    double best = spread(image, c, kHalfCell, bilinear);
-    const double initial = best;
-    if (!std::isfinite(best))
-        return centres;
     // Diagonals too: next to the black patch, which shows nothing on the
     // black frame, a corner can sit where every move along one axis alone
     // makes things worse.
@@ -141,8 +136,7 @@ QVector<QPointF> ChartGridRefiner::refine(const QImage& source, const QVector<QP
     // so that single corners only trim the shape. Moving all four also
     // grows and shrinks the grid about its middle: the reduced image's pitch
     // can be a tenth off, which single corners mend only through detours.
-    auto descend = [&](double halfCell, double firstStep, double best, const std::vector<int>& moves) {
-    for (double step = firstStep; step >= std::max(0.01 * pitch, 0.5); step *= 0.5) {
+    for (double step = firstStep; step >= std::max(0.01 * sampling.pitch, 0.5); step *= 0.5) {
         for (int pass = 0; pass < 4; ++pass) {
             bool moved = false;
             for (int mask : moves) {
@@ -170,7 +164,7 @@ QVector<QPointF> ChartGridRefiner::refine(const QImage& source, const QVector<QP
                     }
                 }
                 for (const Corners& trial : trials) {
-                    const double s = spread(image, trial, halfCell, bilinear, best);
+                    const double s = spread(image, trial, sampling.halfCell, sampling.bilinear, best);
                     if (s < best) {
                         best = s;
                         c = trial;
@@ -183,14 +177,34 @@ QVector<QPointF> ChartGridRefiner::refine(const QImage& source, const QVector<QP
         }
     }
     return best;
-    };
-    best = descend(kHalfCell, 0.16 * pitch, best, {15, 1, 2, 4, 8});
+}
+
+}  // namespace
+
+QVector<QPointF> ChartGridRefiner::refine(const QImage& source, const QVector<QPointF>& centres)
+{
+    if (centres.size() != kPatches || source.isNull())
+        return centres;
+    const QImage image = source.format() == QImage::Format_ARGB32 || source.format() == QImage::Format_RGB32
+                             ? source
+                             : source.convertToFormat(QImage::Format_RGB32);
+    Corners c = {centres[0], centres[kColumns - 1], centres[kPatches - 1], centres[kPatches - kColumns]};
+    const QPointF rowStep = (c[1] - c[0]) / double(kColumns - 1);
+    const double pitch = std::hypot(rowStep.x(), rowStep.y());
+    if (!(pitch >= kMinPitch))
+        return centres;
+    const bool bilinear = pitch < kBilinearPitch;
+    double best = spread(image, c, kHalfCell, bilinear);
+    const double initial = best;
+    if (!std::isfinite(best))
+        return centres;
+    best = descend(image, c, {kHalfCell, pitch, bilinear}, 0.16 * pitch, best, {15, 1, 2, 4, 8});
     const double polished = spread(image, c, kPolishHalfCell, bilinear);
     if (std::isfinite(polished)) {
         // Near the edges of the patches a whole row or column can be off
         // while every single corner move makes things worse: the polish also
         // moves the sides.
-        descend(kPolishHalfCell, 0.04 * pitch, polished, {15, 3, 6, 12, 9, 1, 2, 4, 8});
+        descend(image, c, {kPolishHalfCell, pitch, bilinear}, 0.04 * pitch, polished, {15, 3, 6, 12, 9, 1, 2, 4, 8});
         best = spread(image, c, kHalfCell, bilinear);
     }
     // A grid already inside its patches gains only a few per cent by sliding

@@ -12,6 +12,11 @@
 /// the reduced image's blurred climb can.
 class ChartGridRefiner {
 public:
+    /// Smallest pitch, in pixels of the image, a grid can be placed at: one
+    /// pixel of patch and one of gap. Charts below it are neither refined nor
+    /// searched for.
+    static constexpr double kMinPitch = 2.0;
+
     /// `centres`: 24 patch centres in chart order (row * 6 + column), in pixels
     /// of `image`. Returns the refined 24 centres, or the input unchanged when
     /// it is not a grid of 24 or the image is empty.

@@ -2,7 +2,10 @@
 
 #include "chartextendedsearch.h"
 #include "chartgridcheck.h"
+#include "chartlog.h"
 #include "colorcorrectionautochartfinderimpl.h"
+
+#include <QElapsedTimer>
 
 #include <cmath>
 
@@ -44,6 +47,11 @@ ColorCorrectionAutoChartFinder::~ColorCorrectionAutoChartFinder() = default;
 ColorCorrectionAutoChartFinderResult ColorCorrectionAutoChartFinder::GetChartPosition(QImage image)
 {
     const QSize size = image.size();
+    QElapsedTimer timer;
+    timer.start();
+    if (!image.isNull() && !ColorCorrectionAutoChartFinderImpl::worthSearching(size))
+        qCDebug(chartLog, "%dx%d image not searched: too small for the grid or too tall for its width", size.width(),
+                size.height());
     ColorCorrectionAutoChartFinderResult result = validate(m_impl->GetChartPosition(image), size);
     result.valid = result.valid && gridOnPatches(image, result);
     if (result.valid) {
@@ -56,6 +64,12 @@ ColorCorrectionAutoChartFinderResult ColorCorrectionAutoChartFinder::GetChartPos
             result.foundBy = ColorCorrectionAutoChartFinderResult::Search::Extended;
         }
     }
+    if (result.valid)
+        qCDebug(chartLog, "chart found by the %s search in %lld ms",
+                result.foundBy == ColorCorrectionAutoChartFinderResult::Search::Standard ? "standard" : "extended",
+                timer.elapsed());
+    else
+        qCDebug(chartLog, "no chart in the %dx%d image (%lld ms)", size.width(), size.height(), timer.elapsed());
     emit autoChartFinderFinished(result);
     return result;
 }

@@ -2,6 +2,7 @@
 
 #include "chartgridcheck.h"
 #include "chartgridrefiner.h"
+#include "chartlayout.h"
 #include "colorchecker.h"
 #include "colorspace.h"
 
@@ -19,9 +20,9 @@
 
 namespace {
 
-constexpr int kColumns = 6;
-constexpr int kRows = 4;
-constexpr int kPatches = kColumns * kRows;
+using ChartLayout::kColumns;
+using ChartLayout::kRows;
+using ChartLayout::kPatches;
 constexpr int kModelSize = 9;
 constexpr double kLnFourThirds = 0.2876820724517809;
 constexpr float kAngleStep = 0.2617994f;
@@ -376,6 +377,14 @@ ColorCorrectionAutoChartFinderImpl::FloatMatrix ColorCorrectionAutoChartFinderIm
     return out;
 }
 
+ColorCorrectionAutoChartFinderImpl::RatioFields ColorCorrectionAutoChartFinderImpl::ratioFields(const QImage& image)
+{
+    const QImage red = killAllChannelBut(QColor(1, 0, 0, 255), image);
+    const QImage green = killAllChannelBut(QColor(0, 1, 0, 255), image);
+    const QImage blue = killAllChannelBut(QColor(0, 0, 1, 255), image);
+    return {divideQImage(red, green), divideQImage(blue, green)};
+}
+
 float ColorCorrectionAutoChartFinderImpl::reverseWeightedSum(QImage image, QPoint start, int stepY, int stepX,
                                                               int count)
 {
@@ -436,6 +445,23 @@ const SearchModel& searchModel()
     return m;
 }
 
+// Both ratio fields at the n points `at(i)` gives; false as soon as one lies
+// outside the fields.
+template <class Position>
+bool sampleRatios(const ColorCorrectionAutoChartFinderImpl::FloatMatrix& rg,
+                  const ColorCorrectionAutoChartFinderImpl::FloatMatrix& bg, int n, const Position& at, float* xr,
+                  float* xb)
+{
+    for (int i = 0; i < n; ++i) {
+        const QPoint p = at(i);
+        if (p.x() < 0 || p.y() < 0 || p.x() >= rg.nr() || p.y() >= rg.nc())
+            return false;
+        xr[i] = rg(p.x(), p.y());
+        xb[i] = bg(p.x(), p.y());
+    }
+    return true;
+}
+
 // Keeps the best `keep` candidates that lie apart: a candidate near a kept one
 // (within two of the larger pitch) only replaces it when it scores higher.
 void offer(std::vector<ColorCorrectionAutoChartFinderImpl::Candidate>& kept, size_t keep,
@@ -489,16 +515,8 @@ std::vector<ColorCorrectionAutoChartFinderImpl::Candidate> ColorCorrectionAutoCh
             for (int x = xMargin; x <= W - xMargin; x += step) {
                 for (size_t a = 0; a < offsets.size(); ++a) {
                     float xr[kModelSize], xb[kModelSize];
-                    bool inside = true;
-                    for (int i = 0; i < kModelSize && inside; ++i) {
-                        const int sx = x + offsets[a][i].x(), sy = y + offsets[a][i].y();
-                        inside = sx >= 0 && sy >= 0 && sx < W && sy < H;
-                        if (inside) {
-                            xr[i] = rg(sx, sy);
-                            xb[i] = bg(sx, sy);
-                        }
-                    }
-                    if (!inside)
+                    const QPoint centre(x, y);
+                    if (!sampleRatios(rg, bg, kModelSize, [&](int i) { return centre + offsets[a][i]; }, xr, xb))
                         continue;
                     // A correlation cannot exceed 1 (the slack covers rounding): when
                     // the first one leaves no chance to beat the bar, skip the second.
@@ -524,28 +542,42 @@ std::vector<ColorCorrectionAutoChartFinderImpl::Candidate> ColorCorrectionAutoCh
     return kept;
 }
 
-QVector<QPoint> ColorCorrectionAutoChartFinderImpl::getInitialRegressionPatches(QImage image)
+namespace {
+
+// The standard search's pitches on a working copy of `size`: from the largest
+// the copy holds down by quarters to a floor of 20 pixels, an eighth of the
+// largest or `minPitch`, whichever is highest.
+std::vector<int> standardPitches(const QSize& size, double minPitch)
+{
+    const double largest = std::min(size.width() / 6, size.height() / 4);
+    const double smallest = std::max({20.0, largest / 8.0, minPitch});
+    std::vector<int> pitches;
+    if (largest <= 0.0)
+        return pitches;
+    const int scales = int(std::ceil(std::log(largest / smallest) / kLnFourThirds));
+    for (int s = 0; s < scales; ++s)
+        pitches.push_back(int(std::lround(largest * std::pow(0.75, s))));
+    return pitches;
+}
+
+}  // namespace
+
+QVector<QPoint> ColorCorrectionAutoChartFinderImpl::getInitialRegressionPatches(QImage image, double minPitch)
 {
     if (image.isNull())
         return {};
     const int W = image.width(), H = image.height();
-    const double largest = std::min(W / 6, H / 4);
-    const double smallest = std::max(20.0, largest / 8.0);
-    if (largest <= 0.0)
+    SearchLadder ladder;
+    ladder.pitches = standardPitches(image.size(), minPitch);
+    if (ladder.pitches.empty())
         return {};
-    const int scales = int(std::ceil(std::log(largest / smallest) / kLnFourThirds));
 
-    const QImage red = killAllChannelBut(QColor(1, 0, 0, 255), image);
-    const QImage green = killAllChannelBut(QColor(0, 1, 0, 255), image);
-    const QImage blue = killAllChannelBut(QColor(0, 0, 1, 255), image);
-    const FloatMatrix rg = divideQImage(red, green);
-    const FloatMatrix bg = divideQImage(blue, green);
+    const RatioFields fields = ratioFields(image);
+    const FloatMatrix& rg = fields.rg;
+    const FloatMatrix& bg = fields.bg;
     if (rg.nr() != W || rg.nc() != H)
         return {};
 
-    SearchLadder ladder;
-    for (int s = 0; s < scales; ++s)
-        ladder.pitches.push_back(int(std::lround(largest * std::pow(0.75, s))));
     for (float a = 0.0f; a < kAngleLimit; a += kAngleStep)
         ladder.angles.push_back(a);
     ladder.xMargin = 2.0;
@@ -560,7 +592,6 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::refinePlacement(const FloatM
                                                                     const Candidate& candidate, float* score,
                                                                     int patchesLeftOut)
 {
-    const int W = int(rg.nr()), H = int(rg.nc());
     const SearchModel& m = searchModel();
     const Expected& ex = expectedRatios();
     const QPoint bestCentre = candidate.centre;
@@ -599,17 +630,10 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::refinePlacement(const FloatM
             for (int dy = -3; dy <= 3; ++dy) {
                 for (int dx = -3; dx <= 3; ++dx) {
                     const QPointF c = QPointF(bestCentre) + QPointF(dx, dy) * shift;
-                    bool inside = true;
-                    for (int k = 0; k < kSamples && inside; ++k) {
-                        const int sx = int(std::lround(c.x() + offsets[k].x()));
-                        const int sy = int(std::lround(c.y() + offsets[k].y()));
-                        inside = sx >= 0 && sy >= 0 && sx < W && sy < H;
-                        if (inside) {
-                            xr[k] = rg(sx, sy);
-                            xb[k] = bg(sx, sy);
-                        }
-                    }
-                    if (!inside)
+                    const auto at = [&](int k) {
+                        return QPoint(int(std::lround(c.x() + offsets[k].x())), int(std::lround(c.y() + offsets[k].y())));
+                    };
+                    if (!sampleRatios(rg, bg, kSamples, at, xr, xb))
                         continue;
                     const float score =
                         patchesLeftOut > 0
@@ -686,6 +710,107 @@ QPointF predict(const GridFit& fit, double c, double r)
     return QPointF(x, y);
 }
 
+// The 24 centres a fit predicts, in chart order, moved by whole cells.
+QVector<QPoint> centresOf(const GridFit& fit, int dc = 0, int dr = 0)
+{
+    QVector<QPoint> out;
+    for (int k = 0; k < kPatches; ++k) {
+        const QPointF pf = predict(fit, k % kColumns + dc, k / kColumns + dr);
+        out << QPoint(qRound(pf.x()), qRound(pf.y()));
+    }
+    return out;
+}
+
+// Predict, refine, refit: each refinement moves a centre only a few pixels,
+// so a few rounds let the grid settle from the search's coarse pitch and
+// angle. The first rounds fit an affine grid, the last ones add the
+// second-order terms that foreshortening needs.
+class GridSettler {
+public:
+    GridSettler(ColorCorrectionAutoChartFinderImpl& impl, const QImage& image)
+        : m_impl(impl), m_image(image), m_bright(brightestInGreen(image))
+    {
+    }
+
+    // An empty fit when the grid collapses or a fit fails.
+    GridFit settle(GridFit fit, int rounds)
+    {
+        for (int round = 0; round < rounds && fit.ok; ++round)
+            fit = settleOnce(fit, round, rounds);
+        return fit;
+    }
+
+private:
+    GridFit settleOnce(const GridFit& fit, int round, int rounds)
+    {
+        const QPointF o = predict(fit, 2.5, 1.5);
+        const QPointF alongRow = predict(fit, 3.5, 1.5) - o, alongColumn = predict(fit, 2.5, 2.5) - o;
+        const double d = 0.5 * (std::hypot(alongRow.x(), alongRow.y()) + std::hypot(alongColumn.x(), alongColumn.y()));
+        if (!(d >= 4.0) || !std::isfinite(d))
+            return GridFit();
+        const double maxRadius = float(d * kHalfCellDiagonal) * 0.5;
+        const int secondStart = int(std::lround(0.4 * kHalfCellDiagonal * d));
+        const QImage& peaks = peaksFor(d);
+        QVector<QPoint> grid, refined;
+        for (int k = 0; k < kPatches; ++k) {
+            const QPoint g(k % kColumns, k / kColumns);
+            // The search places the middle of the chart best; its scale error
+            // grows outward, so the first round settles the inner block only.
+            if (round == 0 && rounds > 2 && (g.x() == 0 || g.x() == kColumns - 1))
+                continue;
+            const QPointF pf = predict(fit, g.x(), g.y());
+            QPoint p(qRound(pf.x()), qRound(pf.y()));
+            if (!m_image.valid(p))
+                continue;
+            // The black patch is as dark as the gaps around it: nothing to climb.
+            if (g != QPoint(5, 3)) {
+                p = m_impl.findPatchCenter(peaks, p, maxRadius, 1, 1);
+                p = m_impl.findPatchCenter(peaks, p, maxRadius, 1, secondStart);
+            }
+            grid << g;
+            refined << p;
+        }
+        const bool secondOrder = round >= rounds - 2 && refined.size() >= 12;
+        const GridFit next = fitGrid(m_impl, grid, refined, secondOrder);
+        return next.ok ? withoutStrays(next, grid, refined, d) : GridFit();
+    }
+
+    // A second blur about one patch wide turns each patch's plateau into a
+    // peak at its centre, which the climb then finds from anywhere on the patch.
+    const QImage& peaksFor(double pitch)
+    {
+        const int radius = std::max(1, int(std::lround(kHalfCellDiagonal * pitch)));
+        if (!m_peaksByRadius.contains(radius))
+            m_peaksByRadius.insert(radius, m_impl.boxFilter(m_bright, radius));
+        return m_peaksByRadius[radius];
+    }
+
+    // One trimming pass: drop centres that strayed onto a neighbour or the frame.
+    GridFit withoutStrays(const GridFit& fit, const QVector<QPoint>& grid, const QVector<QPoint>& refined,
+                          double pitch)
+    {
+        QVector<QPoint> keptGrid, kept;
+        for (int i = 0; i < refined.size(); ++i) {
+            const QPointF q = predict(fit, grid[i].x(), grid[i].y());
+            if (std::hypot(q.x() - refined[i].x(), q.y() - refined[i].y()) <= 0.15 * pitch) {
+                keptGrid << grid[i];
+                kept << refined[i];
+            }
+        }
+        if (kept.size() >= 12 && kept.size() < refined.size()) {
+            const GridFit trimmed = fitGrid(m_impl, keptGrid, kept, fit.secondOrder);
+            if (trimmed.ok)
+                return trimmed;
+        }
+        return fit;
+    }
+
+    ColorCorrectionAutoChartFinderImpl& m_impl;
+    const QImage& m_image;
+    const QImage m_bright;
+    QHash<int, QImage> m_peaksByRadius;
+};
+
 }  // namespace
 
 QVector<QPoint> ColorCorrectionAutoChartFinderImpl::getAllPatchCenter(QImage image, QVector<QPoint> initialCenters,
@@ -694,130 +819,53 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::getAllPatchCenter(QImage ima
     const QVector<QPoint> model = modelPatches();
     if (initialCenters.size() < 4 || initialCenters.size() > model.size() || image.isNull())
         return {};
-    QVector<QPoint> grid = model.mid(0, initialCenters.size());
-    GridFit fit = fitGrid(*this, grid, initialCenters, false);
+    GridFit fit = fitGrid(*this, model.mid(0, initialCenters.size()), initialCenters, false);
     if (!fit.ok)
         return {};
-
-    const QImage bright = brightestInGreen(image);
-    QHash<int, QImage> peaksByRadius;
-    QVector<QPoint> allGrid;
-    for (int r = 0; r < kRows; ++r)
-        for (int c = 0; c < kColumns; ++c)
-            allGrid << QPoint(c, r);
-
-    // Predict, refine, refit: each refinement moves a centre only a few pixels,
-    // so a few rounds let the grid settle from the search's coarse pitch and
-    // angle. The first rounds fit an affine grid, the last ones add the
-    // second-order terms that foreshortening needs.
-    auto settle = [&](GridFit fit, int rounds) -> GridFit {
-    for (int round = 0; round < rounds; ++round) {
-        const QPointF o = predict(fit, 2.5, 1.5);
-        const QPointF alongRow = predict(fit, 3.5, 1.5) - o, alongColumn = predict(fit, 2.5, 2.5) - o;
-        const double d = 0.5 * (std::hypot(alongRow.x(), alongRow.y()) + std::hypot(alongColumn.x(), alongColumn.y()));
-        if (!(d >= 4.0) || !std::isfinite(d))
-            return GridFit();
-        const double maxRadius = float(d * kHalfCellDiagonal) * 0.5;
-        const int secondStart = int(std::lround(0.4 * kHalfCellDiagonal * d));
-        // A second blur about one patch wide turns each patch's plateau into a
-        // peak at its centre, which the climb then finds from anywhere on the patch.
-        const int peakRadius = std::max(1, int(std::lround(kHalfCellDiagonal * d)));
-        if (!peaksByRadius.contains(peakRadius))
-            peaksByRadius.insert(peakRadius, boxFilter(bright, peakRadius));
-        const QImage peaks = peaksByRadius.value(peakRadius);
-        QVector<QPoint> grid24, refined;
-        for (const QPoint& g : qAsConst(allGrid)) {
-            // The search places the middle of the chart best; its scale error
-            // grows outward, so the first round settles the inner block only.
-            if (round == 0 && rounds > 2 && (g.x() == 0 || g.x() == kColumns - 1))
-                continue;
-            const QPointF pf = predict(fit, g.x(), g.y());
-            QPoint p(qRound(pf.x()), qRound(pf.y()));
-            if (!image.valid(p))
-                continue;
-            // The black patch is as dark as the gaps around it: nothing to climb.
-            if (g != QPoint(5, 3)) {
-                p = findPatchCenter(peaks, p, maxRadius, 1, 1);
-                p = findPatchCenter(peaks, p, maxRadius, 1, secondStart);
-            }
-            grid24 << g;
-            refined << p;
-        }
-        const bool secondOrder = round >= rounds - 2 && refined.size() >= 12;
-        GridFit next = fitGrid(*this, grid24, refined, secondOrder);
-        if (!next.ok)
-            return GridFit();
-        // One trimming pass: drop centres that strayed onto a neighbour or the frame.
-        QVector<QPoint> keptGrid, kept;
-        for (int i = 0; i < refined.size(); ++i) {
-            const QPointF q = predict(next, grid24[i].x(), grid24[i].y());
-            if (std::hypot(q.x() - refined[i].x(), q.y() - refined[i].y()) <= 0.15 * d) {
-                keptGrid << grid24[i];
-                kept << refined[i];
-            }
-        }
-        if (kept.size() >= 12 && kept.size() < refined.size()) {
-            const GridFit trimmed = fitGrid(*this, keptGrid, kept, secondOrder);
-            if (trimmed.ok)
-                next = trimmed;
-        }
-        fit = next;
-    }
-    return fit;
-    };
-
-    const QImage red = killAllChannelBut(QColor(1, 0, 0, 255), image);
-    const QImage green = killAllChannelBut(QColor(0, 1, 0, 255), image);
-    const QImage blue = killAllChannelBut(QColor(0, 0, 1, 255), image);
-    const FloatMatrix rg = divideQImage(red, green);
-    const FloatMatrix bg = divideQImage(blue, green);
+    GridSettler settler(*this, image);
+    const RatioFields fields = ratioFields(image);
+    const Ratios ratios{&fields.rg, &fields.bg};
     QVector<int> indices;
     for (int k = 0; k < kPatches; ++k)
         indices << k;
-    auto centresOf = [&](const GridFit& f, int dc, int dr) {
-        QVector<QPoint> out;
-        for (const QPoint& g : qAsConst(allGrid)) {
-            const QPointF pf = predict(f, g.x() + dc, g.y() + dr);
-            out << QPoint(qRound(pf.x()), qRound(pf.y()));
-        }
-        return out;
+    auto score = [&](const GridFit& f, int dc, int dr) {
+        return chartScore(ratios, centresOf(f, dc, dr), indices, patchesLeftOut);
     };
 
     // Settling can be led astray where the surroundings are as bright as the
     // patches; it must not leave the grid looking less like the chart than the
     // search's own placement did.
-    const Ratios ratios{&rg, &bg};
-    const GridFit searched = fit;
-    const GridFit settled = settle(fit, 3);
-    if (settled.ok && chartScore(ratios, centresOf(settled, 0, 0), indices, patchesLeftOut) >=
-                          chartScore(ratios, centresOf(searched, 0, 0), indices, patchesLeftOut) - kSettleSlack)
+    const GridFit settled = settler.settle(fit, 3);
+    if (settled.ok && score(settled, 0, 0) >= score(fit, 0, 0) - kSettleSlack)
         fit = settled;
     // A start more than half a cell off lets the whole grid settle one cell
     // beside the chart, where it still sits on patches. The colours tell the
     // true place: try the neighbouring placements and settle again if one fits better.
-    float bestScore = chartScore(ratios, centresOf(fit, 0, 0), indices, patchesLeftOut);
+    float bestScore = score(fit, 0, 0);
     int bestDc = 0, bestDr = 0;
     for (int dr = -1; dr <= 1; ++dr)
         for (int dc = -1; dc <= 1; ++dc) {
             if (dc == 0 && dr == 0)
                 continue;
-            const float score = chartScore(ratios, centresOf(fit, dc, dr), indices, patchesLeftOut);
-            if (score > bestScore) {
-                bestScore = score;
+            const float s = score(fit, dc, dr);
+            if (s > bestScore) {
+                bestScore = s;
                 bestDc = dc;
                 bestDr = dr;
             }
         }
     if (bestDc != 0 || bestDr != 0) {
-        const QVector<QPoint> shifted = centresOf(fit, bestDc, bestDr);
-        fit = settle(fitGrid(*this, allGrid, shifted, fit.secondOrder), 3);
+        QVector<QPoint> allGrid;
+        for (int k = 0; k < kPatches; ++k)
+            allGrid << QPoint(k % kColumns, k / kColumns);
+        fit = settler.settle(fitGrid(*this, allGrid, centresOf(fit, bestDc, bestDr), fit.secondOrder), 3);
         if (!fit.ok)
             return {};
     }
 
-    const QVector<QPoint> centres = centresOf(fit, 0, 0);
+    const QVector<QPoint> centres = centresOf(fit);
     // The whole chart must look like the chart, not only the nine search samples.
-    if (chartScore(ratios, centres, indices, patchesLeftOut) < kMinChartScore)
+    if (score(fit, 0, 0) < kMinChartScore)
         return {};
     return centres;
 }
@@ -858,16 +906,26 @@ int ColorCorrectionAutoChartFinderImpl::calculateVGap(QPoint a, QPoint b)
     return std::abs(a.y() - b.y());
 }
 
+bool ColorCorrectionAutoChartFinderImpl::worthSearching(const QSize& imageSize)
+{
+    const int longer = std::max(imageSize.width(), imageSize.height());
+    const int shorter = std::min(imageSize.width(), imageSize.height());
+    return longer >= kColumns * ChartGridRefiner::kMinPitch && shorter >= kRows * ChartGridRefiner::kMinPitch &&
+           qint64(imageSize.height()) <= qint64(kMaxHeightPerWidth) * imageSize.width();
+}
+
 QVector<QPoint> ColorCorrectionAutoChartFinderImpl::GetChartPosition(QImage image)
 {
-    if (image.isNull() || image.width() <= 0 || image.height() <= 0)
+    if (image.isNull() || !worthSearching(image.size()))
         return {};
     const double f = image.width() / double(kWorkingWidth);
     const QImage small = image.scaledToWidth(kWorkingWidth, Qt::FastTransformation);
-    if (small.isNull())
+    // An image enlarged to the working width holds pitches no grid can be placed at.
+    const double minPitch = ChartGridRefiner::kMinPitch / f;
+    if (small.isNull() || standardPitches(small.size(), minPitch).empty())
         return {};
     const QImage blurred = boxFilter(small, 5);
-    const QVector<QPoint> initial = getInitialRegressionPatches(blurred);
+    const QVector<QPoint> initial = getInitialRegressionPatches(blurred, minPitch);
     // A grid beside the chart can still match its colour ratios; a wrong grid
     // is worse than none, since calibration would measure the wrong patches.
     return placeGrid(image, blurred, initial, f, [&small](const QVector<QPoint>& centres, const QVector<QPointF>&) {
@@ -885,7 +943,7 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::placeGrid(const QImage& imag
     // 640 columns, which for a small chart is a good part of a patch; the
     // final placement works on the full-size image.
     QVector<QPointF> refined;
-    if (centres.size() == 24) {
+    if (centres.size() == kPatches) {
         QVector<QPointF> full;
         for (const QPoint& p : qAsConst(centres))
             full << QPointF(p) * f;
@@ -893,7 +951,7 @@ QVector<QPoint> ColorCorrectionAutoChartFinderImpl::placeGrid(const QImage& imag
         for (int k = 0; k < centres.size(); ++k)
             centres[k] = (refined[k] / f).toPoint();
     }
-    if (centres.size() == 24 && !accept(centres, refined))
+    if (centres.size() == kPatches && !accept(centres, refined))
         return {};
     QVector<QPoint> corners = getColorCheckerCorners(centres);
     // Rounding the centres to working pixels before extrapolating doubles the

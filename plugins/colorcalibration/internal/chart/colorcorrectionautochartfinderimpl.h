@@ -46,6 +46,16 @@ public:
     /// in full-size pixels, both in chart order.
     using GridAcceptance = std::function<bool(const QVector<QPoint>& working, const QVector<QPointF>& full)>;
 
+    /// Working copies are made by width, so a frame much taller than wide
+    /// would make one of millions of pixels: portrait frames of cameras and
+    /// phones are at most 16:9; taller ones are not searched.
+    static constexpr int kMaxHeightPerWidth = 4;
+    /// Whether the searches look at an image of this size at all: it must hold
+    /// the chart's grid at the smallest pitch a grid is placed at
+    /// (ChartGridRefiner::kMinPitch), upright or turned by a quarter, and be
+    /// at most kMaxHeightPerWidth times as tall as wide. Both searches give
+    /// up at once on other images.
+    static bool worthSearching(const QSize& imageSize);
     /// The four grid corners in full-size pixels (top-left, top-right,
     /// bottom-left, bottom-right in chart order), or a list of another length
     /// when no chart was found.
@@ -58,6 +68,11 @@ public:
     /// Per pixel: channel sum of numerator over that of denominator (1 where the
     /// denominator is 0); a 1x1 zero matrix when the images differ in size or format.
     FloatMatrix divideQImage(QImage numerator, QImage denominator);
+    /// Red over green and blue over green (divideQImage of the single channels).
+    struct RatioFields {
+        FloatMatrix rg, bg;
+    };
+    RatioFields ratioFields(const QImage& image);
     /// Green values along a line, the first weighted `count`, the last 1.
     float reverseWeightedSum(QImage image, QPoint start, int stepY, int stepX, int count);
     /// Moves `start` one pixel per axis and round towards the side with more
@@ -65,7 +80,8 @@ public:
     QPoint findPatchCenter(QImage image, QPoint start, double maxRadius, int direction, int startRadius);
     /// Centres of the search model's nine patches for the best-scoring
     /// position, pitch and angle; empty when nothing resembles the chart.
-    QVector<QPoint> getInitialRegressionPatches(QImage image);
+    /// Pitches below `minPitch` (working pixels) are not searched.
+    QVector<QPoint> getInitialRegressionPatches(QImage image, double minPitch = 0.0);
     /// The best placements over the ladder, best first: with `keep` 1 the single
     /// best; otherwise up to `keep` placements at least two pitches apart.
     static std::vector<Candidate> searchPlacements(const FloatMatrix& rg, const FloatMatrix& bg,
