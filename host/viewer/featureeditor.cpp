@@ -1,5 +1,7 @@
 #include "featureeditor.h"
 
+#include "viewerlog.h"
+
 #include "parametercollection/booleanparameter.h"
 #include "parametercollection/commandparameter.h"
 #include "parametercollection/enumparameter.h"
@@ -27,8 +29,8 @@ constexpr int SliderSteps = 1000;
 
 void logFailure(const QString& feature, const char* what)
 {
-    qWarning("@{%s};%s", qPrintable(QObject::tr("Features")),
-             qPrintable(QObject::tr("%1 could not be written: %2").arg(feature, QString::fromUtf8(what))));
+    qCWarning(viewerLog, "@{%s};%s", qPrintable(QObject::tr("Features")),
+              qPrintable(QObject::tr("%1 could not be written: %2").arg(feature, QString::fromUtf8(what))));
 }
 
 int decimalsFor(double increment)
