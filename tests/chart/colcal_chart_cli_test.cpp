@@ -1,5 +1,6 @@
 #include "colorchecker.h"
 #include "colorspace.h"
+#include "testprocess.h"
 
 #include <gtest/gtest.h>
 
@@ -8,24 +9,15 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
 
 namespace {
 
-struct Result {
-    int exitCode;
-    QString out, err;
-};
+using Result = TestProcess::Result;
 
 Result colcal(const QStringList& args)
 {
-    QProcess p;
-    p.start(COLCAL_BINARY, args);
-    p.closeWriteChannel();
-    EXPECT_TRUE(p.waitForFinished(120000));
-    return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1,
-            QString::fromUtf8(p.readAllStandardOutput()), QString::fromUtf8(p.readAllStandardError())};
+    return TestProcess(COLCAL_BINARY).run(args);
 }
 
 QString chart(const char* name)

@@ -12,9 +12,9 @@
 #include "parametercollection/integerparameter.h"
 #include "parametercollection/iparametercollection.h"
 
-#include <QCoreApplication>
-#include <QElapsedTimer>
-#include <QTemporaryDir>
+#include "testapp.h"
+
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -29,14 +29,12 @@ class CameraPoolEmulator : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(m_dir.isValid());
-        qputenv("XDG_DATA_HOME", m_dir.path().toUtf8());
+        TestApp::freshDataHome();
         m_layer = std::make_shared<EmulatorTransportLayer>();
         m_registry.add(m_layer);
         m_pool = std::make_unique<CameraPool>(m_registry);
     }
 
-    QTemporaryDir m_dir;
     Kalto::CTransportLayerRegistry m_registry;
     std::shared_ptr<EmulatorTransportLayer> m_layer;
     std::unique_ptr<CameraPool> m_pool;
@@ -89,16 +87,11 @@ TEST_F(CameraPoolEmulator, GrabOneAndConnectionLoss)
     QObject::connect(m_pool.get(), &CameraPool::cameraConnectionLost, m_pool.get(),
                      [&](const QString&) { ++poolLost; }, Qt::DirectConnection);
     camera->grabOne(5000);
-    QElapsedTimer t;
-    t.start();
-    while (grabbed == 0 && t.elapsed() < 10000)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return grabbed > 0; }, 10000));
     EXPECT_EQ(grabbed.load(), 1);
 
     emulated->disconnect();
-    t.restart();
-    while ((lost == 0 || poolLost == 0) && t.elapsed() < 5000)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return lost > 0 && poolLost > 0; }, 5000));
     EXPECT_EQ(lost.load(), 1);
     EXPECT_EQ(poolLost.load(), 1);
     EXPECT_FALSE(camera->isOpen());
@@ -106,10 +99,3 @@ TEST_F(CameraPoolEmulator, GrabOneAndConnectionLoss)
 }
 
 }  // namespace
-
-int main(int argc, char** argv)
-{
-    QCoreApplication app(argc, argv);
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}

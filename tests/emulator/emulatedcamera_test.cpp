@@ -10,9 +10,9 @@
 #include "genicam/nodemap.h"
 #include "genicam/runtimeexception.h"
 #include "kalto/grabresultdata.h"
+#include "testapp.h"
 
 #include <QFile>
-#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -75,9 +75,8 @@ class EmulatedCameraTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(m_dir.isValid());
-        // The camera's flash lives under the user's data folder: keep it in the sandbox.
-        qputenv("XDG_DATA_HOME", m_dir.path().toUtf8());
+        // Every test's cameras come new from the factory.
+        m_dataHome = TestApp::freshDataHome();
     }
 
     // A small frame keeps the sanitizer build quick.
@@ -221,7 +220,7 @@ protected:
         return cam.nodeMap().getFloat("Gamma");
     }
 
-    QTemporaryDir m_dir;
+    QString m_dataHome;
 };
 
 struct FeatureRow {
@@ -582,7 +581,7 @@ TEST_F(EmulatedCameraTest, UserSetsSurviveARestart)
         saveUserSet(cam, "UserSet2", 0.55);
         cam.nodeMap().setEnum("UserSetDefault", "UserSet2");
         EXPECT_TRUE(QFile::exists(cam.memoryPath()));
-        EXPECT_TRUE(cam.memoryPath().startsWith(m_dir.path()));
+        EXPECT_TRUE(cam.memoryPath().startsWith(m_dataHome));
     }
     EmulatedCamera again(modelNamed("emu-custom-1"));
     EXPECT_DOUBLE_EQ(again.nodeMap().getFloat("Gamma"), 0.55);

@@ -6,14 +6,14 @@
 #include "cameramodel.h"
 #include "gevcameraprocess.h"
 #include "loopbackonly.h"
+#include "testprocess.h"
 
+#include <QDir>
 #include <QFile>
 #include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
-#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -24,12 +24,6 @@
 #include <map>
 
 namespace {
-
-struct Result {
-    int exitCode = -1;
-    QString out, err;
-    bool finished = false;
-};
 
 const CameraModel& medical()
 {
@@ -86,8 +80,7 @@ protected:
     void SetUp() override
     {
         KALTO_SKIP_UNLESS_LOOPBACK_ONLY();
-        ASSERT_TRUE(m_home.isValid());
-        ASSERT_TRUE(m_server.start(m_home.filePath("camera"), "E" + std::to_string(::getpid()))) << m_server.error();
+        ASSERT_TRUE(m_server.start("E" + std::to_string(::getpid()))) << m_server.error();
         m_id = QString::fromStdString(m_server.id());
     }
 
@@ -98,71 +91,40 @@ protected:
         }
     }
 
-    // colcal --genicam ARGS in this test's own folders.
-    void start(QProcess& p, const QStringList& args)
-    {
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("XDG_DATA_HOME", m_home.filePath("data"));
-        env.insert("XDG_CONFIG_HOME", m_home.filePath("config"));
-        env.insert("QT_QPA_PLATFORM", "offscreen");
-        p.setProcessEnvironment(env);
-        p.start(COLCAL_BINARY, QStringList{"--genicam"} + args);
-    }
-
-    // Starts a calibration and returns its stderr once the brightness loop runs
-    // (or colcal has ended without reaching it).
-    QString startCalibrationIntoBrightnessLoop(QProcess& p)
-    {
-        start(p, QStringList{"calibrate", "--camera", m_id} + chartGrid());
-        QString err;
-        while (!err.contains("automatic brightness") && p.state() != QProcess::NotRunning) {
-            p.waitForReadyRead(200);
-            err += QString::fromUtf8(p.readAllStandardError());
-        }
-        return err;
-    }
+    QString file(const QString& name) { return QDir(m_colcal.home()).filePath(name); }
 
     // colcal --genicam; killed after `seconds`, which counts as a hang.
-    Result colcal(const QStringList& args, int seconds = 300)
+    TestProcess::Result colcal(const QStringList& args, int seconds = 300) { return m_colcal.run(args, {}, seconds); }
+
+    // Starts a calibration; true once the brightness loop runs.
+    bool startCalibrationIntoBrightnessLoop()
     {
-        QProcess p;
-        start(p, args);
-        p.closeWriteChannel();
-        Result r;
-        r.finished = p.waitForFinished(seconds * 1000);
-        if (!r.finished) {
-            p.kill();
-            p.waitForFinished(5000);
-        }
-        r.exitCode = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
-        r.out = QString::fromUtf8(p.readAllStandardOutput());
-        r.err = QString::fromUtf8(p.readAllStandardError());
-        return r;
+        return m_colcal.start(QStringList{"calibrate", "--camera", m_id} + chartGrid()) &&
+               m_colcal.waitForText("automatic brightness", true, 300);
     }
 
     QByteArray saveSettings(const QString& name)
     {
-        const QString file = m_home.filePath(name);
-        const Result r = colcal({"settings", "save", "--camera", m_id, file});
+        const TestProcess::Result r = colcal({"settings", "save", "--camera", m_id, file(name)});
         EXPECT_EQ(r.exitCode, 0) << r.err.toStdString();
-        QFile f(file);
+        QFile f(file(name));
         return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
     }
 
-    void loadSettings(const QString& file)
+    void loadSettings(const QString& path)
     {
-        const Result r = colcal({"settings", "load", "--camera", m_id, file});
+        const TestProcess::Result r = colcal({"settings", "load", "--camera", m_id, path});
         EXPECT_EQ(r.exitCode, 0) << r.err.toStdString();
     }
 
-    QTemporaryDir m_home;
     GevCameraProcess m_server;
+    TestProcess m_colcal{COLCAL_BINARY, {"--genicam"}};
     QString m_id;
 };
 
 TEST_F(GevColcalTest, CamerasListsItWithModelSfncVersionAndCompatibility)
 {
-    const Result r = colcal({"cameras", "--json"});
+    const TestProcess::Result r = colcal({"cameras", "--json"});
     ASSERT_EQ(r.exitCode, 0) << r.err.toStdString();
     QJsonObject found;
     for (const auto& c : QJsonDocument::fromJson(r.out.toUtf8()).object()["cameras"].toArray())
@@ -174,16 +136,16 @@ TEST_F(GevColcalTest, CamerasListsItWithModelSfncVersionAndCompatibility)
     EXPECT_EQ(found["colorPipelineVersion"].toInt(), 1);
     EXPECT_TRUE(found["compatible"].toBool());
 
-    const Result table = colcal({"cameras"});
+    const TestProcess::Result table = colcal({"cameras"});
     EXPECT_TRUE(table.out.contains(m_id)) << table.out.toStdString();
 }
 
 TEST_F(GevColcalTest, GrabGivesAFrameOfTheChart)
 {
-    const QString file = m_home.filePath("frame.png");
-    const Result r = colcal({"grab", "--camera", m_id, "--out", file});
+    const QString png = file("frame.png");
+    const TestProcess::Result r = colcal({"grab", "--camera", m_id, "--out", png});
     ASSERT_EQ(r.exitCode, 0) << r.err.toStdString();
-    const QImage image = QImage(file).convertToFormat(QImage::Format_RGB888);
+    const QImage image = QImage(png).convertToFormat(QImage::Format_RGB888);
     ASSERT_EQ(image.size(), QSize(1920, 1200));
     Frame frame;
     frame.width = image.width();
@@ -209,7 +171,7 @@ TEST_F(GevColcalTest, SettingsSavedChangedAndLoadedGiveBackTheIdenticalText)
     changed.replace("\nLightSourceSelector\tDaylight5000K\n", "\nLightSourceSelector\tTungsten2800K\n");
     changed.replace("\nLUTEnable\t1\n", "\nLUTEnable\t0\n");
     ASSERT_NE(changed, original);
-    QFile f(m_home.filePath("changed.pfs"));
+    QFile f(file("changed.pfs"));
     ASSERT_TRUE(f.open(QIODevice::WriteOnly) && f.write(changed) == changed.size());
     f.close();
     loadSettings(f.fileName());
@@ -217,14 +179,14 @@ TEST_F(GevColcalTest, SettingsSavedChangedAndLoadedGiveBackTheIdenticalText)
     EXPECT_EQ(now.at("Gamma"), "1.3");
     EXPECT_EQ(now.at("LightSourceSelector"), "Tungsten2800K");
 
-    loadSettings(m_home.filePath("original.pfs"));
+    loadSettings(file("original.pfs"));
     const QByteArray again = saveSettings("again.pfs");
     EXPECT_TRUE(again == original) << lineDiff(original, again);
 }
 
 TEST_F(GevColcalTest, CalibrationReachesTheGoalAndTheCameraHoldsTheResult)
 {
-    const Result r = colcal(QStringList{"calibrate", "--camera", m_id, "--json"} + chartGrid());
+    const TestProcess::Result r = colcal(QStringList{"calibrate", "--camera", m_id, "--json"} + chartGrid());
     ASSERT_EQ(r.exitCode, 0) << r.err.toStdString();
     const QJsonObject o = QJsonDocument::fromJson(r.out.toUtf8()).object();
     const double before = o["meanDeltaE"].toObject()["before"].toDouble();
@@ -258,21 +220,19 @@ TEST_F(GevColcalTest, CancelAndFailureRestoreTheSettingsText)
 {
     const QByteArray original = saveSettings("original.pfs");
     {
-        const Result r = colcal(QStringList{"calibrate", "--camera", m_id, "--timeout-s", "1"} + chartGrid());
+        const TestProcess::Result r =
+            colcal(QStringList{"calibrate", "--camera", m_id, "--timeout-s", "1"} + chartGrid());
         EXPECT_EQ(r.exitCode, 1) << r.err.toStdString();
         EXPECT_TRUE(r.err.contains("settings were restored")) << r.err.toStdString();
         const QByteArray after = saveSettings("after-failure.pfs");
         EXPECT_TRUE(after == original) << lineDiff(original, after);
     }
     {
-        QProcess p;
-        QString err = startCalibrationIntoBrightnessLoop(p);
-        ASSERT_TRUE(err.contains("automatic brightness")) << err.toStdString();
-        ::kill(pid_t(p.processId()), SIGINT);
-        const bool finished = p.waitForFinished(60000);
-        err += QString::fromUtf8(p.readAllStandardError());
-        ASSERT_TRUE(finished) << err.toStdString();
-        EXPECT_EQ(p.exitCode(), 130) << err.toStdString();
+        ASSERT_TRUE(startCalibrationIntoBrightnessLoop()) << m_colcal.output().err.toStdString();
+        m_colcal.signal(SIGINT);
+        const TestProcess::Result r = m_colcal.finish(60);
+        ASSERT_TRUE(r.finished) << r.err.toStdString();
+        EXPECT_EQ(r.exitCode, 130) << r.err.toStdString();
         const QByteArray after = saveSettings("after-interrupt.pfs");
         EXPECT_TRUE(after == original) << lineDiff(original, after);
     }
@@ -282,22 +242,16 @@ TEST_F(GevColcalTest, CancelAndFailureRestoreTheSettingsText)
 // within the time GigE Vision needs to notice.
 TEST_F(GevColcalTest, KillingTheCameraGivesACleanErrorAndNoHang)
 {
-    QProcess p;
-    QString err = startCalibrationIntoBrightnessLoop(p);
-    ASSERT_TRUE(err.contains("automatic brightness")) << err.toStdString();
+    ASSERT_TRUE(startCalibrationIntoBrightnessLoop()) << m_colcal.output().err.toStdString();
     m_server.process().kill();
     ASSERT_TRUE(m_server.process().waitForFinished(10000));
     const auto killed = std::chrono::steady_clock::now();
-    const bool finished = p.waitForFinished(60000);
-    if (!finished)
-        p.kill();
-    err += QString::fromUtf8(p.readAllStandardError());
-    ASSERT_TRUE(finished) << "colcal hangs after the camera died:\n" << err.toStdString();
+    const TestProcess::Result r = m_colcal.finish(60);
+    ASSERT_TRUE(r.finished) << "colcal hangs after the camera died:\n" << r.err.toStdString();
     const auto seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - killed).count();
     std::printf("colcal ended %.1f s after the camera died\n", seconds);
-    EXPECT_EQ(p.exitStatus(), QProcess::NormalExit) << err.toStdString();
-    EXPECT_EQ(p.exitCode(), 1) << err.toStdString();
-    EXPECT_TRUE(err.contains("the camera was disconnected")) << err.toStdString();
+    EXPECT_EQ(r.exitCode, 1) << r.err.toStdString();
+    EXPECT_TRUE(r.err.contains("the camera was disconnected")) << r.err.toStdString();
 }
 
 }  // namespace

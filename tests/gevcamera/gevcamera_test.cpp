@@ -8,12 +8,12 @@
 #include "emulatedcamera.h"
 #include "gevcameraprocess.h"
 #include "loopbackonly.h"
+#include "testapp.h"
 
 #include "genicam/nodemap.h"
 #include "kalto/grabresultdata.h"
 
 #include <QProcess>
-#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -53,10 +53,9 @@ protected:
     void SetUp() override
     {
         KALTO_SKIP_UNLESS_LOOPBACK_ONLY();
-        ASSERT_TRUE(m_dir.isValid());
-        qputenv("XDG_DATA_HOME", m_dir.path().toUtf8());
+        TestApp::freshDataHome();
         m_serial = "T" + std::to_string(::getpid());
-        ASSERT_TRUE(m_server.start(m_dir.path(), m_serial)) << m_server.error();
+        ASSERT_TRUE(m_server.start(m_serial)) << m_server.error();
         m_id = m_server.id();
         EXPECT_EQ(m_id, "Aravis-kA1920-40gcMED Emulator-" + m_serial);
 
@@ -154,7 +153,6 @@ protected:
         }
     }
 
-    QTemporaryDir m_dir;
     GevCameraProcess m_server;
     std::string m_serial, m_id;
     ArvCamera* m_camera = nullptr;
@@ -404,15 +402,9 @@ TEST(GevCameraProgram, RefusesBadOptionsWithAReason)
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.args.join(' ').toStdString());
-        QTemporaryDir dir;
-        QProcess p;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("XDG_DATA_HOME", dir.path());
-        p.setProcessEnvironment(env);
-        p.start(GEV_CAMERA_BINARY, c.args);
-        ASSERT_TRUE(p.waitForFinished(60000));
-        EXPECT_EQ(p.exitCode(), c.exitCode);
-        EXPECT_TRUE(QString::fromUtf8(p.readAllStandardError()).contains(c.says));
+        const TestProcess::Result r = TestProcess(KALTO_GEV_CAMERA_BINARY).run(c.args, {}, 60);
+        EXPECT_EQ(r.exitCode, c.exitCode);
+        EXPECT_TRUE(r.err.contains(c.says)) << r.err.toStdString();
     }
 }
 

@@ -1,31 +1,24 @@
 #include "gevcameraprocess.h"
 
-#include <chrono>
+#include <csignal>
+
+GevCameraProcess::GevCameraProcess() : m_camera(KALTO_GEV_CAMERA_BINARY) {}
 
 GevCameraProcess::~GevCameraProcess()
 {
     stop();
 }
 
-bool GevCameraProcess::start(const QString& dataHome, const std::string& serial)
+bool GevCameraProcess::start(const std::string& serial)
 {
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("XDG_DATA_HOME", dataHome);
-    m_process.setProcessEnvironment(env);
-    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_process.start(GEV_CAMERA_BINARY, {"--serial", QString::fromStdString(serial)});
-    if (!m_process.waitForStarted(10000)) {
-        m_error = "kalto-gev-camera did not start: " + m_process.errorString().toStdString();
+    m_camera.forwardErrors();
+    if (!m_camera.start({"--serial", QString::fromStdString(serial)})) {
+        m_error = "kalto-gev-camera did not start: " + m_camera.process().errorString().toStdString();
         return false;
     }
-    QByteArray line;
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    while (!line.contains('\n') && m_process.state() == QProcess::Running &&
-           std::chrono::steady_clock::now() < deadline)
-        if (m_process.waitForReadyRead(1000))
-            line += m_process.readAllStandardOutput();
     // "kalto-gev-camera: serving <id> on <interface>"
-    const QString text = QString::fromUtf8(line).trimmed();
+    m_camera.waitForText("\n", false, 60);
+    const QString text = m_camera.output().out.trimmed();
     const QString head = "kalto-gev-camera: serving ";
     const int on = text.lastIndexOf(" on ");
     if (!text.startsWith(head) || on < head.size()) {
@@ -38,9 +31,8 @@ bool GevCameraProcess::start(const QString& dataHome, const std::string& serial)
 
 bool GevCameraProcess::stop()
 {
-    if (m_process.state() == QProcess::NotRunning)
-        return m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
-    m_process.terminate();
-    return m_process.waitForFinished(20000) && m_process.exitStatus() == QProcess::NormalExit &&
-           m_process.exitCode() == 0;
+    if (process().state() == QProcess::NotRunning)
+        return process().exitStatus() == QProcess::NormalExit && process().exitCode() == 0;
+    m_camera.signal(SIGTERM);
+    return m_camera.finish(20).exitCode == 0;
 }

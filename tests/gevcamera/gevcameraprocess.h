@@ -1,27 +1,29 @@
 #pragma once
 
-#include <QProcess>
+#include "testprocess.h"
+
 #include <QString>
 
 #include <string>
 
 /// kalto-gev-camera as a child process of a test, with its user sets in a
-/// folder of the test's. Stopped with SIGTERM when it goes out of scope.
+/// folder of its own. Stopped with SIGTERM when it goes out of scope.
 class GevCameraProcess {
 public:
+    GevCameraProcess();
     ~GevCameraProcess();
 
     /// Starts the camera and waits for its "serving" line; false with the
     /// reason in error() when it does not come up within a minute.
-    bool start(const QString& dataHome, const std::string& serial);
+    bool start(const std::string& serial);
     /// The GigE Vision device id it announced.
     const std::string& id() const { return m_id; }
     const std::string& error() const { return m_error; }
-    QProcess& process() { return m_process; }
+    QProcess& process() { return m_camera.process(); }
     /// SIGTERM; true when it then ended cleanly within 20 s.
     bool stop();
 
 private:
-    QProcess m_process;
+    TestProcess m_camera;
     std::string m_id, m_error;
 };

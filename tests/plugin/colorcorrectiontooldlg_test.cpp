@@ -7,7 +7,6 @@
 #include "colorcorrectiontooldlg.h"
 #include "emulatedcamera.h"
 #include "emulatedpool.h"
-#include "guitestapp.h"
 #include "qmldatamodelinterface.h"
 
 #include "camerapool/camerapool.h"
@@ -35,7 +34,6 @@ class ToolDialogTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        GuiTestApp::instance();
         pool.setFrameSize(EmulatedPool::kMedical, 480, 300);
         model = pool.createModel();
         facade = std::make_unique<QmlDataModelInterface>(model.get());

@@ -22,6 +22,8 @@
 #include <QQuickView>
 #include <gtest/gtest.h>
 
+#include <functional>
+
 namespace {
 
 using CameraInfoPtr = QSharedPointer<Plugin::CameraPool::ICameraInfo>;
@@ -84,7 +86,6 @@ class PluginTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        GuiTestApp::instance();
         GuiTestApp::clearPluginSettings();
     }
 
@@ -118,6 +119,38 @@ protected:
 
     CameraInfoPtr camera(const QString& id) { return host->pool().cameraInfo(id); }
     void select(const QString& id) { host->selector().select(camera(id)); }
+
+    // Triggers the command; the calibrator's window, once shown, goes to
+    // `whenShown` and is closed. Returns its title.
+    QString triggerAndClose(const std::function<void(QWidget*)>& whenShown = {})
+    {
+        QString title;
+        whenWindowAppears(isToolDialog, [&](QWidget* w) {
+            title = w->windowTitle();
+            if (whenShown)
+                whenShown(w);
+            w->close();
+        });
+        action->trigger();
+        return title;
+    }
+
+    // Triggers the command with the message box that comes answered by
+    // `button`; returns the box's text. No calibrator window may show.
+    QString triggerAnsweringBox(QMessageBox::StandardButton button)
+    {
+        QString text;
+        bool dialogShown = false;
+        answerMessageBox(button, &text);
+        whenWindowAppears(isToolDialog, [&](QWidget* w) {
+            dialogShown = true;
+            w->close();
+        }, 3000);
+        action->trigger();
+        QTest::qWait(3100);  // the watcher has given up by now
+        EXPECT_FALSE(dialogShown);
+        return text;
+    }
 
     Kalto::CTransportLayerRegistry registry;
     std::shared_ptr<EmulatorTransportLayer> layer;
@@ -195,13 +228,7 @@ TEST_F(PluginTest, SelectingSomethingElseHidesTheCommandButTheCalibratorStillOpe
     host->selector().select(QSharedPointer<Plugin::CameraPool::IBaseInfo>(new OtherDevice));
     EXPECT_FALSE(action->isVisible());
 
-    QString title;
-    whenWindowAppears(isToolDialog, [&](QWidget* w) {
-        title = w->windowTitle();
-        w->close();
-    });
-    action->trigger();
-    EXPECT_EQ(title, "Color Calibrator - " + camera("emu-cmed-0")->displayText());
+    EXPECT_EQ(triggerAndClose(), "Color Calibrator - " + camera("emu-cmed-0")->displayText());
     EXPECT_TRUE(host->pool().canGetExclusiveAccess(camera("emu-cmed-0")));
 }
 
@@ -213,30 +240,15 @@ TEST_F(PluginTest, ABusyCameraIsStoppedOnlyWhenTheUserSaysYes)
     live->startGrabbing();
     select("emu-cmed-0");
 
-    bool dialogShown = false;
-    QString question;
-    answerMessageBox(QMessageBox::No, &question);
-    whenWindowAppears(isToolDialog, [&](QWidget* w) {
-        dialogShown = true;
-        w->close();
-    }, 3000);
-    action->trigger();
+    const QString question = triggerAnsweringBox(QMessageBox::No);
     EXPECT_TRUE(question.contains("you have to stop continuous image acquisition")) << question.toStdString();
     EXPECT_TRUE(live->isGrabbing());
-    QTest::qWait(3100);  // the watcher has given up by now
-    EXPECT_FALSE(dialogShown);
     EXPECT_FALSE(host->pool().isCameraOpen(camera("emu-cmed-0")));
 
     answerMessageBox(QMessageBox::Yes);
-    QString title;
     bool grabbingWhileShown = true;
-    whenWindowAppears(isToolDialog, [&](QWidget* w) {
-        title = w->windowTitle();
-        grabbingWhileShown = live->isGrabbing();
-        w->close();
-    });
-    action->trigger();
-    EXPECT_EQ(title, "Color Calibrator - " + camera("emu-cmed-0")->displayText());
+    EXPECT_EQ(triggerAndClose([&](QWidget*) { grabbingWhileShown = live->isGrabbing(); }),
+              "Color Calibrator - " + camera("emu-cmed-0")->displayText());
     EXPECT_FALSE(grabbingWhileShown);
     host->pool().release(live);
 }
@@ -247,18 +259,9 @@ TEST_F(PluginTest, ACameraThatCannotBeOpenedGivesTheErrorBoxAndNoDialog)
     select("emu-cmed-0");
     layer->camera("emu-cmed-0")->disconnect();
 
-    QString text;
-    bool dialogShown = false;
-    answerMessageBox(QMessageBox::Ok, &text);
-    whenWindowAppears(isToolDialog, [&](QWidget* w) {
-        dialogShown = true;
-        w->close();
-    }, 3000);
-    action->trigger();
+    const QString text = triggerAnsweringBox(QMessageBox::Ok);
     EXPECT_FALSE(text.isEmpty());
     EXPECT_EQ(text, camera("emu-cmed-0")->errorDescription());
-    QTest::qWait(3100);
-    EXPECT_FALSE(dialogShown);
 }
 
 TEST_F(PluginTest, ASecondActivationReusesTheDialogAndRestartsTheWizardAtStepOne)
@@ -274,25 +277,19 @@ TEST_F(PluginTest, ASecondActivationReusesTheDialogAndRestartsTheWizardAtStepOne
 
     select("emu-cmed-0");
     QPointer<QWidget> first;
-    whenWindowAppears(isToolDialog, [&](QWidget* w) {
+    triggerAndClose([&](QWidget* w) {
         first = w;
         facadeOf()->setProperty("activeStep", 3);
-        w->close();
     });
-    action->trigger();
     ASSERT_TRUE(first);
 
     select("emu-custom-1");
     QPointer<QWidget> second;
     int stepShown = 0;
-    QString title;
-    whenWindowAppears(isToolDialog, [&](QWidget* w) {
+    const QString title = triggerAndClose([&](QWidget* w) {
         second = w;
         stepShown = facadeOf()->property("activeStep").toInt();
-        title = w->windowTitle();
-        w->close();
     });
-    action->trigger();
     EXPECT_EQ(second, first);
     EXPECT_EQ(stepShown, 1);
     EXPECT_EQ(title, "Color Calibrator - " + camera("emu-custom-1")->displayText());

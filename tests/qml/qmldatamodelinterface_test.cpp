@@ -32,7 +32,6 @@
 #include <QSignalSpy>
 #include <QTest>
 
-
 namespace {
 
 using Log = QPair<QString, int>;
@@ -69,6 +68,23 @@ public:
     }
 
     EmulatedCamera& device() { return pool.device(id); }
+
+    bool waitForFirstFrame()
+    {
+        return QTest::qWaitFor([this] { return facade->camera()->originalSize() == QSize(480, 300); }, 10000);
+    }
+
+    /// Step 1 to 2 as the wizard goes: backups, neutral settings, white
+    /// balance, then the mono image and no auto functions.
+    bool leaveStepOne()
+    {
+        if (!facade->createSettingsBackup() || !facade->createSettingsBackup(true) || !facade->setNeutralSettings() ||
+            !facade->executeWhitebalance())
+            return false;
+        facade->activateMonoImage();
+        facade->disableAutoFunctions();
+        return true;
+    }
 
     /// Moves the outline over the emulated chart as a user dragging its corners would.
     void placeGridOnChart()
@@ -272,19 +288,14 @@ TEST_P(QmlDataModelInterfaceCalibration, WholeCalibrationThroughTheInvokables)
     QmlDataModelInterface& f = *rig.facade;
 
     // Step 1: the grid over the chart.
-    ASSERT_TRUE(QTest::qWaitFor([&] { return f.camera()->originalSize() == QSize(480, 300); }, 10000));
+    ASSERT_TRUE(rig.waitForFirstFrame());
     rig.placeGridOnChart();
     ASSERT_EQ(f.grid()->count(), 24);
     EXPECT_LE(maxCornerDistance(rig.model->GetGridPosition(), rig.pool.grid(rig.id)), 4);
 
     // Step 1 to 2.
     f.camera()->stopGrab();
-    ASSERT_TRUE(f.createSettingsBackup());
-    ASSERT_TRUE(f.createSettingsBackup(true));
-    ASSERT_TRUE(f.setNeutralSettings());
-    ASSERT_TRUE(f.executeWhitebalance());
-    f.activateMonoImage();
-    f.disableAutoFunctions();
+    ASSERT_TRUE(rig.leaveStepOne());
     ASSERT_TRUE(f.exposureTime()->initialize());
     ASSERT_TRUE(f.gainValue()->initialize());
 
@@ -361,16 +372,11 @@ TEST(QmlDataModelInterface, CancelLeavesTheCameraAsItWas)
     FacadeRig rig(EmulatedPool::kMedical);
     ASSERT_TRUE(rig.opened);
     QmlDataModelInterface& f = *rig.facade;
-    ASSERT_TRUE(QTest::qWaitFor([&] { return f.camera()->originalSize() == QSize(480, 300); }, 10000));
+    ASSERT_TRUE(rig.waitForFirstFrame());
     rig.placeGridOnChart();
     f.camera()->stopGrab();
     const QString before = rig.pool.settingsText(rig.id);
-    ASSERT_TRUE(f.createSettingsBackup());
-    ASSERT_TRUE(f.createSettingsBackup(true));
-    ASSERT_TRUE(f.setNeutralSettings());
-    ASSERT_TRUE(f.executeWhitebalance());
-    f.activateMonoImage();
-    f.disableAutoFunctions();
+    ASSERT_TRUE(rig.leaveStepOne());
     ASSERT_TRUE(f.gainValue()->initialize());
     f.gainValue()->setValue(0.3);
     ASSERT_NE(rig.pool.settingsText(rig.id), before);
@@ -385,7 +391,7 @@ TEST(QmlDataModelInterface, ChartFinderMovesTheOutlineOntoTheChart)
     FacadeRig rig(EmulatedPool::kMedical);
     ASSERT_TRUE(rig.opened);
     QmlDataModelInterface& f = *rig.facade;
-    ASSERT_TRUE(QTest::qWaitFor([&] { return f.camera()->originalSize() == QSize(480, 300); }, 10000));
+    ASSERT_TRUE(rig.waitForFirstFrame());
     QSignalSpy found(&f, &QmlDataModelInterface::autoChartFindFinished);
     QSignalSpy listed(f.grid(), &QmlTrapezoidList::listChanged);
     f.findChartAsync();
@@ -401,7 +407,7 @@ TEST(QmlDataModelInterface, ChartFinderLeavesTheOutlineWhenNothingIsFound)
     FacadeRig rig(EmulatedPool::kMedical);
     ASSERT_TRUE(rig.opened);
     QmlDataModelInterface& f = *rig.facade;
-    ASSERT_TRUE(QTest::qWaitFor([&] { return f.camera()->originalSize() == QSize(480, 300); }, 10000));
+    ASSERT_TRUE(rig.waitForFirstFrame());
     SceneGeometry away = rig.device().sceneGeometry();
     away.centreX = 5.0;  // the chart is out of the picture
     rig.device().setSceneGeometry(away);
@@ -442,7 +448,7 @@ TEST(QmlDataModelInterface, MinimalViewShowsTheLiveImageAndTheGrid)
     view->resize(640, 400);
     view->show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(view));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return f.camera()->originalSize() == QSize(480, 300); }, 10000));
+    ASSERT_TRUE(rig.waitForFirstFrame());
     ASSERT_TRUE(QTest::qWaitFor([&] { return f.camera()->size() == QSize(640, 400); }, 5000));
     rig.placeGridOnChart();
     QTest::qWait(1000);  // a few live frames at the view's size

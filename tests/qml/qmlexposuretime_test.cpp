@@ -1,11 +1,6 @@
 #include "qmlexposuretime.h"
 
-#include "colorcorrectionmodel.h"
-#include "emulatedcamera.h"
-#include "emulatedpool.h"
-#include "guitestapp.h"
-
-#include "genicam/nodemap.h"
+#include "controlrig.h"
 
 #include <gtest/gtest.h>
 
@@ -16,26 +11,16 @@
 
 namespace {
 
-/// The slider over the session of the emulated medical camera, with the
-/// exposure range and value a row asks for.
-class ExposureRig {
+/// The exposure slider, with the exposure range and value a row asks for.
+class ExposureRig : public ControlRig<QMLExposureTime> {
 public:
-    ExposureRig(double minUs, double maxUs, double valueUs) : model(pool.createModel()), exposure(model.get())
+    ExposureRig(double minUs, double maxUs, double valueUs)
     {
-        pool.setFrameSize(EmulatedPool::kMedical, 320, 200);
-        opened = model->Open(pool.info(EmulatedPool::kMedical)) && model->DisableAutoFunctions();  // as step 2 has it
-        Kalto::CNodeMap& map = pool.device(EmulatedPool::kMedical).nodeMap();
-        map.setFloatRange("ExposureTime", minUs, maxUs);
-        map.setFloat("ExposureTime", valueUs);
+        camera().setFloatRange("ExposureTime", minUs, maxUs);
+        camera().setFloat("ExposureTime", valueUs);
     }
-    ~ExposureRig() { model->Close(); }
-
-    double cameraUs() { return pool.device(EmulatedPool::kMedical).nodeMap().getFloat("ExposureTime"); }
-
-    EmulatedPool pool;
-    std::unique_ptr<ColorCorrectionModel> model;
-    QMLExposureTime exposure;
-    bool opened = false;
+    double cameraUs() { return camera().getFloat("ExposureTime"); }
+    QMLExposureTime& exposure = control;
 };
 
 struct RangeRow {
@@ -82,13 +67,7 @@ TEST(QMLExposureTime, SliderValueIsAPowerOfTenOnTheCamera)
 TEST(QMLExposureTime, RefusalSetsLastError)
 {
     ExposureRig rig(10, 1e6, 1000);
-    ASSERT_TRUE(rig.opened);
-    ASSERT_TRUE(rig.exposure.initialize());
-    rig.model->Close();
-    QSignalSpy error(&rig.exposure, &QMLExposureTime::lastErrorChanged);
-    rig.exposure.setValue(4);
-    EXPECT_EQ(error.count(), 1);
-    EXPECT_EQ(rig.exposure.lastError(), "Couldn't set exposureTime!<br>");
+    expectRefusedWrite(rig, 4, "Couldn't set exposureTime!<br>");
     EXPECT_FALSE(rig.exposure.initialize());
 }
 
@@ -126,14 +105,7 @@ TEST(QMLExposureTime, CameraChangesWithinTenMillisecondsAreCoalesced)
     QTest::qWait(30);
     rig.exposure.onChangedValue(4000.0);
     EXPECT_EQ(value.count(), 2);
-}
-
-TEST(QMLExposureTime, ResetForgetsTheRange)
-{
-    ExposureRig rig(10, 1e6, 1000);
-    ASSERT_TRUE(rig.opened);
-    ASSERT_TRUE(rig.exposure.initialize());
-    rig.exposure.reset();
+    rig.exposure.reset();  // forgets value and range until the next initialize()
     EXPECT_EQ(rig.exposure.value(), -1);
 }
 

@@ -46,7 +46,6 @@ QT_WARNING_PUSH
 QT_WARNING_DISABLE_DEPRECATED
 TEST_P(QMLFileDialogMode, OpensTheDialogTheItemDescribes)
 {
-    GuiTestApp::instance();
     const ModeRow row = GetParam();
     QMLFileDialog item;
     item.setSelectFolder(row.selectFolder);
@@ -82,7 +81,6 @@ QT_WARNING_POP
 
 TEST(QMLFileDialog, AcceptingPublishesTheChosenFiles)
 {
-    GuiTestApp::instance();
     const QString first = makeFile("first.pfs");
     const QString second = makeFile("second.pfs");
     QMLFileDialog item;

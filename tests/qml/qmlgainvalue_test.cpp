@@ -1,11 +1,6 @@
 #include "qmlgainvalue.h"
 
-#include "colorcorrectionmodel.h"
-#include "emulatedcamera.h"
-#include "emulatedpool.h"
-#include "guitestapp.h"
-
-#include "genicam/nodemap.h"
+#include "controlrig.h"
 
 #include <gtest/gtest.h>
 
@@ -14,22 +9,11 @@
 
 namespace {
 
-/// The slider over the emulated medical camera's gain, 0 to 24 dB.
-class GainRig {
+/// The gain slider, 0 to 24 dB.
+class GainRig : public ControlRig<QMLGainvalue> {
 public:
-    GainRig() : model(pool.createModel()), gain(model.get())
-    {
-        pool.setFrameSize(EmulatedPool::kMedical, 320, 200);
-        opened = model->Open(pool.info(EmulatedPool::kMedical)) && model->DisableAutoFunctions();  // as step 2 has it
-    }
-    ~GainRig() { model->Close(); }
-
-    double cameraDb() { return pool.device(EmulatedPool::kMedical).nodeMap().getFloat("Gain"); }
-
-    EmulatedPool pool;
-    std::unique_ptr<ColorCorrectionModel> model;
-    QMLGainvalue gain;
-    bool opened = false;
+    double cameraDb() { return camera().getFloat("Gain"); }
+    QMLGainvalue& gain = control;
 };
 
 struct SetRow {
@@ -43,7 +27,7 @@ TEST_P(GainSlider, MapsLinearlyOntoTheRange)
 {
     GainRig rig;
     ASSERT_TRUE(rig.opened);
-    rig.pool.device(EmulatedPool::kMedical).nodeMap().setFloat("Gain", 6.0);
+    rig.camera().setFloat("Gain", 6.0);
     ASSERT_TRUE(rig.gain.initialize());
     EXPECT_DOUBLE_EQ(rig.gain.min(), 0.0);
     EXPECT_DOUBLE_EQ(rig.gain.max(), 24.0);
@@ -76,13 +60,7 @@ TEST(QMLGainvalue, SmallCameraChangesAreStoredSilently)
 TEST(QMLGainvalue, RefusalSetsLastError)
 {
     GainRig rig;
-    ASSERT_TRUE(rig.opened);
-    ASSERT_TRUE(rig.gain.initialize());
-    rig.model->Close();
-    QSignalSpy error(&rig.gain, &QMLGainvalue::lastErrorChanged);
-    rig.gain.setValue(0.75);
-    EXPECT_EQ(error.count(), 1);
-    EXPECT_EQ(rig.gain.lastError(), "Couldn't set gain value!<br>");
+    expectRefusedWrite(rig, 0.75, "Couldn't set gain value!<br>");
     rig.gain.reset();
     EXPECT_EQ(rig.gain.value(), -1);
 }

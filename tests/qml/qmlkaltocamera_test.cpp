@@ -229,7 +229,7 @@ TEST_F(LiveViewTest, RestartsJoinTheOldWorker)
     auto cycle = [&] {
         const int before = surface.frames.size();
         camera->startGrab();
-        QTest::qWaitFor([&] { return surface.frames.size() > before; }, 10000);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return surface.frames.size() > before; }, 10000));
     };
     cycle();
     camera->stopGrab();

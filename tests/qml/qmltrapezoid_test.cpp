@@ -1,7 +1,6 @@
 #include "qmltrapezoid.h"
 
 #include "ctrapezoid.h"
-#include "guitestapp.h"
 #include "pointtransformer.h"
 
 #include <gtest/gtest.h>
@@ -12,7 +11,6 @@ namespace {
 
 TEST(QmlTrapezoid, WithoutTrapezoidShowsThePlaceholderAndOnlyNotifies)
 {
-    GuiTestApp::instance();
     QmlTrapezoid item;
     EXPECT_EQ(item.upperLeft(), QPoint(0, 0));
     EXPECT_EQ(item.upperRight(), QPoint(2, 0));
@@ -29,7 +27,6 @@ TEST(QmlTrapezoid, WithoutTrapezoidShowsThePlaceholderAndOnlyNotifies)
 
 TEST(QmlTrapezoid, CornersAreViewPixelsOverImagePixels)
 {
-    GuiTestApp::instance();
     PointTransformer transformer;
     transformer.setScale(2.0);
     transformer.setOffset(QPoint(10, 0));
@@ -62,7 +59,6 @@ class QmlTrapezoidCentres : public ::testing::TestWithParam<CentreRow> {};
 // The diagonals of the second row cross at (4.12, 2.94): truncated, not rounded.
 TEST_P(QmlTrapezoidCentres, CrossingOfDiagonalsAndMiddleOfBottomTruncated)
 {
-    GuiTestApp::instance();
     CentreRow row = GetParam();
     QmlTrapezoid item(&row.shape, nullptr);
     EXPECT_EQ(item.center(), row.center);

@@ -10,7 +10,6 @@
 #include "kalto/transportlayerregistry.h"
 #include "parametercollection/floatparameter.h"
 #include "parametercollection/iparametercollection.h"
-#include "qtapp.h"
 
 #include <QElapsedTimer>
 #include <QSignalSpy>
@@ -30,11 +29,7 @@ struct FrameLog : QObject {
     }
     bool waitFor(int count, int timeoutMs)
     {
-        QElapsedTimer t;
-        t.start();
-        while (results.size() < count && t.elapsed() < timeoutMs)
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-        return results.size() >= count;
+        return QTest::qWaitFor([&] { return results.size() >= count; }, timeoutMs);
     }
     QList<Kalto::CGrabResultPtr> results;
 };
@@ -52,7 +47,6 @@ class Pool : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        ensureQtApp();
         layer = std::make_shared<FakeLayer>();
         layer->devices.push_back(std::make_shared<FakeDevice>("cam1"));
         layer->devices.push_back(std::make_shared<FakeDevice>("old", 1));

@@ -8,7 +8,6 @@
 #include "parametercollection/integerparameter.h"
 #include "parametercollection/nodemapparametercollection.h"
 #include "parametercollection/stringparameter.h"
-#include "qtapp.h"
 
 #include <QSignalSpy>
 #include <gtest/gtest.h>
@@ -26,7 +25,6 @@ class Collection : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        ensureQtApp();
         map = std::make_shared<CNodeMap>();
         map->addInteger("DeviceSFNCVersionMajor", 0, 99, 1, 2);
         map->addInteger("DeviceSFNCVersionMinor", 0, 99, 1, 1);

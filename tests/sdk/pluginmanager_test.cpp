@@ -3,7 +3,6 @@
 #include "appcore/menuservice.h"
 #include "core/pluginmanager.h"
 #include "core/plugininitializer.h"
-#include "qtapp.h"
 
 #include <QDir>
 #include <QFile>
@@ -39,7 +38,6 @@ class Loader : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        ensureQtApp();
         ASSERT_TRUE(dir.isValid());
         // The built plug-ins plus files that are not plug-ins of this host.
         for (const QFileInfo& f : QDir(COLCAL_TEST_PLUGIN_DIR).entryInfoList(QDir::Files))

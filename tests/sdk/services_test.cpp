@@ -5,7 +5,6 @@
 #include "cameraselector/deviceselectorservice.h"
 #include "core/alocalizedplugin.h"
 #include "core/cid.h"
-#include "qtapp.h"
 
 #include <QCoreApplication>
 #include <QSignalSpy>
@@ -51,7 +50,6 @@ struct Item : CameraPool::IBaseInfo {
 
 TEST(DeviceSelectorService, EmitsOnChangeOnly)
 {
-    ensureQtApp();
     CameraSelector::DeviceSelectorService selector;
     QSignalSpy spy(&selector, &CameraSelector::IDeviceSelectorService::selectionChanged);
     QSharedPointer<CameraPool::IBaseInfo> item(new Item);
@@ -79,7 +77,6 @@ protected:
 
 TEST(LocalizedPlugin, MissingCatalogueLeavesTextsUntranslated)
 {
-    ensureQtApp();
     NoCatalogue plugin;
     EXPECT_FALSE(plugin.setLanguage("de"));
     EXPECT_EQ(plugin.language(), "de");

@@ -2,6 +2,8 @@
 
 #include "guitestapp.h"
 
+#include <QCoreApplication>
+
 #include "chartprojection.h"
 #include "colorcorrectionmodel.h"
 #include "emulatedcamera.h"
@@ -21,7 +23,9 @@
 
 EmulatedPool::EmulatedPool()
 {
-    GuiTestApp::instance();
+    // Whatever application the program made; a widget one when there is none yet.
+    if (!QCoreApplication::instance())
+        GuiTestApp::instance();
     m_registry = std::make_unique<Kalto::CTransportLayerRegistry>();
     m_layer = std::make_shared<EmulatorTransportLayer>();
     m_registry->add(m_layer);

@@ -29,8 +29,8 @@ class ICameraStatusService;
 }  // namespace Plugin
 
 /// A host camera pool over a fresh emulator transport layer, as the viewer
-/// offers it to the plug-in. Creates the test application (GuiTestApp) so
-/// that the cameras' flash lives in the sandbox.
+/// offers it to the plug-in. Creates the test application (GuiTestApp) when
+/// there is none yet, so that the cameras' flash lives in the sandbox.
 class EmulatedPool {
 public:
     static constexpr const char* kMedical = "emu-cmed-0";  // SFNC 2.x

@@ -1,53 +1,21 @@
 #include "guitestapp.h"
 
+#include "testapp.h"
+
 #include <QApplication>
-#include <QDir>
-#include <QFile>
 #include <QSettings>
-#include <QTemporaryDir>
 
 #include <stdexcept>
 
 namespace GuiTestApp {
-namespace {
-
-QTemporaryDir* sandboxDir()
-{
-    // Leaked on purpose: the folder must outlive every static that may still write settings at exit.
-    static QTemporaryDir* dir = new QTemporaryDir();
-    return dir;
-}
-
-void setDefault(const char* name, const char* value)
-{
-    if (!qEnvironmentVariableIsSet(name))
-        qputenv(name, value);
-}
-
-}  // namespace
 
 QApplication* instance()
 {
     if (auto* existing = qobject_cast<QApplication*>(QCoreApplication::instance()))
         return existing;
-    QTemporaryDir* dir = sandboxDir();
-    if (!dir->isValid())
-        throw std::runtime_error("no temporary folder for the test sandbox");
-    const QDir root(dir->path());
-    for (const char* sub : {"data", "config", "home/Documents", "settings", "runtime"})
-        root.mkpath(sub);
-    QFile::setPermissions(root.filePath("runtime"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    setDefault("QT_QPA_PLATFORM", "offscreen");
-    setDefault("QT_QUICK_BACKEND", "software");
-    qputenv("XDG_DATA_HOME", root.filePath("data").toUtf8());
-    qputenv("XDG_CONFIG_HOME", root.filePath("config").toUtf8());
-    qputenv("HOME", root.filePath("home").toUtf8());
-    qputenv("XDG_RUNTIME_DIR", root.filePath("runtime").toUtf8());
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, root.filePath("settings"));
-    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, root.filePath("settings"));
-    QCoreApplication::setOrganizationName("Ostrel");
-    QCoreApplication::setApplicationName("KaltoViewerTest");
-
+    if (QCoreApplication::instance())
+        throw std::logic_error("a QCoreApplication already runs: a widget test needs the GUI test main");
+    TestApp::prepareSandbox();
     static int argc = 1;
     static char name[] = "colcal_test";
     static char* argv[] = {name, nullptr};
@@ -56,8 +24,7 @@ QApplication* instance()
 
 QString sandbox()
 {
-    instance();
-    return sandboxDir()->path();
+    return TestApp::sandbox();
 }
 
 void setPluginSetting(const QString& key, const QVariant& value)

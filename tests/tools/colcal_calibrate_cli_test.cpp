@@ -1,5 +1,6 @@
 #include "cameramodel.h"
 #include "chartprojection.h"
+#include "testprocess.h"
 
 #include <gtest/gtest.h>
 
@@ -9,36 +10,13 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QRegularExpression>
-#include <QTemporaryDir>
 
 #include <cmath>
-#include <utility>
 #include <csignal>
+#include <utility>
 
 namespace {
-
-struct Result {
-    int exitCode;
-    QString out, err;
-};
-
-/// colcal with its camera flash and the viewer's settings in `home`.
-Result colcal(const QStringList& args, const QString& home)
-{
-    QProcess p;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("XDG_DATA_HOME", home + "/data");
-    env.insert("XDG_CONFIG_HOME", home + "/config");
-    env.insert("QT_QPA_PLATFORM", "offscreen");
-    p.setProcessEnvironment(env);
-    p.start(COLCAL_BINARY, args);
-    p.closeWriteChannel();
-    EXPECT_TRUE(p.waitForFinished(180000));
-    return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1,
-            QString::fromUtf8(p.readAllStandardOutput()), QString::fromUtf8(p.readAllStandardError())};
-}
 
 /// Where the emulated camera's chart lies in its full-size image, as --grid words.
 QStringList chartGrid(const char* id)
@@ -56,7 +34,8 @@ QStringList chartGrid(const char* id)
 
 TEST(ColcalCalibrate, BadInputIsRefusedBeforeTheCameraIsTouched)
 {
-    QTemporaryDir home;
+    TestProcess colcal(COLCAL_BINARY);
+    const QDir home(colcal.home());
     QStringList mirrored = chartGrid("emu-cmed-0");  // top-left and top-right swapped, likewise the bottom
     std::swap(mirrored[1], mirrored[3]);
     std::swap(mirrored[2], mirrored[4]);
@@ -84,7 +63,7 @@ TEST(ColcalCalibrate, BadInputIsRefusedBeforeTheCameraIsTouched)
         {mirrored, "--grid: grid corners cross each other, coincide or are mirrored"},
     };
     for (const Case& c : cases) {
-        const Result r = colcal(QStringList{"calibrate"} + c.args, home.path());
+        const TestProcess::Result r = colcal.run(QStringList{"calibrate"} + c.args);
         EXPECT_EQ(r.exitCode, 2) << c.expected.toStdString();
         EXPECT_TRUE(r.out.isEmpty());
         EXPECT_TRUE(r.err.contains(c.expected)) << r.err.toStdString();
@@ -93,8 +72,8 @@ TEST(ColcalCalibrate, BadInputIsRefusedBeforeTheCameraIsTouched)
 
 TEST(ColcalCalibrate, SettingsFileIsNamedWithItsLinesAndRefusedWhenNothingFits)
 {
-    QTemporaryDir home;
-    QDir().mkpath(home.filePath("data"));
+    TestProcess colcal(COLCAL_BINARY);
+    const QDir home(colcal.home());
     struct Case {
         QByteArray content;
         int exitCode;
@@ -114,9 +93,8 @@ TEST(ColcalCalibrate, SettingsFileIsNamedWithItsLinesAndRefusedWhenNothingFits)
         ASSERT_TRUE(f.open(QIODevice::WriteOnly));
         f.write(c.content);
         f.close();
-        const Result r = colcal(QStringList{"calibrate", "--load-settings", f.fileName(), "--timeout-s", "1"} +
-                                    chartGrid("emu-cmed-0"),
-                                home.path());
+        const TestProcess::Result r = colcal.run(
+            QStringList{"calibrate", "--load-settings", f.fileName(), "--timeout-s", "1"} + chartGrid("emu-cmed-0"));
         EXPECT_EQ(r.exitCode, c.exitCode) << r.err.toStdString();
         for (const QString& e : c.expected)
             EXPECT_TRUE(r.err.contains(e)) << e.toStdString() << "\n" << r.err.toStdString();
@@ -144,20 +122,21 @@ QMap<QString, QByteArray> filesUnder(const QString& dir)
 // nothing, although a user set, a report and a settings file were asked for.
 TEST(ColcalCalibrate, CalibrationThatMakesTheColoursWorseFailsAndKeepsNothing)
 {
-    QTemporaryDir home;
+    TestProcess colcal(COLCAL_BINARY);
+    const QDir home(colcal.home());
     QStringList grid = chartGrid("emu-cmed-0");  // "--grid", then TL, TR, BL, BR
     const double rowX = (grid[5].toDouble() - grid[1].toDouble()) / 4, rowY = (grid[6].toDouble() - grid[2].toDouble()) / 4;
     for (int corner = 0; corner < 4; ++corner) {
         grid[1 + 2 * corner] = QString::number(std::lround(grid[1 + 2 * corner].toDouble() - rowX));
         grid[2 + 2 * corner] = QString::number(std::lround(grid[2 + 2 * corner].toDouble() - rowY));
     }
-    const Result saved = colcal({"settings", "save", home.filePath("before.pfs")}, home.path());
+    const TestProcess::Result saved = colcal.run({"settings", "save", home.filePath("before.pfs")});
     ASSERT_EQ(saved.exitCode, 0) << saved.err.toStdString();
     const QMap<QString, QByteArray> memoryBefore = filesUnder(home.filePath("data"));
 
-    const Result r = colcal(QStringList{"calibrate", "--json", "--report-dir", home.filePath("reports"), "--settings-dir",
-                                        home.filePath("settings"), "--user-set", "UserSet1", "--set-default"} + grid,
-                            home.path());
+    const TestProcess::Result r =
+        colcal.run(QStringList{"calibrate", "--json", "--report-dir", home.filePath("reports"), "--settings-dir",
+                               home.filePath("settings"), "--user-set", "UserSet1", "--set-default"} + grid);
     EXPECT_EQ(r.exitCode, 1) << r.err.toStdString();
     EXPECT_TRUE(r.out.isEmpty()) << r.out.toStdString();
     const QRegularExpression worse("the calibration made the colours worse \\(mean dE00 ([0-9.]+) before, ([0-9.]+) "
@@ -171,7 +150,7 @@ TEST(ColcalCalibrate, CalibrationThatMakesTheColoursWorseFailsAndKeepsNothing)
     // The camera's memory (user sets, start-up set) is untouched, and the
     // camera comes up with the settings it had.
     EXPECT_EQ(filesUnder(home.filePath("data")), memoryBefore);
-    ASSERT_EQ(colcal({"settings", "save", home.filePath("after.pfs")}, home.path()).exitCode, 0);
+    ASSERT_EQ(colcal.run({"settings", "save", home.filePath("after.pfs")}).exitCode, 0);
     QFile before(home.filePath("before.pfs")), after(home.filePath("after.pfs"));
     ASSERT_TRUE(before.open(QIODevice::ReadOnly) && after.open(QIODevice::ReadOnly));
     EXPECT_EQ(after.readAll().toStdString(), before.readAll().toStdString());
@@ -179,37 +158,26 @@ TEST(ColcalCalibrate, CalibrationThatMakesTheColoursWorseFailsAndKeepsNothing)
 
 TEST(ColcalCalibrate, InterruptRestoresAndExitsNonZero)
 {
-    QTemporaryDir home;
-    QProcess p;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("XDG_DATA_HOME", home.filePath("data"));
-    env.insert("XDG_CONFIG_HOME", home.filePath("config"));
-    p.setProcessEnvironment(env);
-    p.start(COLCAL_BINARY, {"calibrate", "--report-dir", home.filePath("reports")});
-    QString err;
+    TestProcess colcal(COLCAL_BINARY);
+    const QString reports = QDir(colcal.home()).filePath("reports");
+    ASSERT_TRUE(colcal.start({"calibrate", "--report-dir", reports}));
     // Interrupt once the settings are backed up and the brightness loop runs.
-    while (!err.contains("automatic brightness") && p.state() != QProcess::NotRunning) {
-        p.waitForReadyRead(200);
-        err += QString::fromUtf8(p.readAllStandardError());
-    }
-    ASSERT_TRUE(err.contains("automatic brightness")) << err.toStdString();
-    ::kill(pid_t(p.processId()), SIGINT);
-    const bool finished = p.waitForFinished(30000);
-    err += QString::fromUtf8(p.readAllStandardError());
-    ASSERT_TRUE(finished) << err.toStdString();
-    EXPECT_EQ(p.exitCode(), 130);
-    EXPECT_TRUE(p.readAllStandardOutput().isEmpty());
-    EXPECT_TRUE(err.contains("interrupted; the camera's settings were restored")) << err.toStdString();
-    EXPECT_FALSE(QDir(home.filePath("reports")).exists());
+    ASSERT_TRUE(colcal.waitForText("automatic brightness", true, 180)) << colcal.output().err.toStdString();
+    colcal.signal(SIGINT);
+    const TestProcess::Result r = colcal.finish(30);
+    ASSERT_TRUE(r.finished) << r.err.toStdString();
+    EXPECT_EQ(r.exitCode, 130);
+    EXPECT_TRUE(r.out.isEmpty());
+    EXPECT_TRUE(r.err.contains("interrupted; the camera's settings were restored")) << r.err.toStdString();
+    EXPECT_FALSE(QDir(reports).exists());
 }
 
 class ColcalCalibrateCamera : public ::testing::TestWithParam<const char*> {};
 
 TEST_P(ColcalCalibrateCamera, GivenGridGivesTheSameResult)
 {
-    QTemporaryDir home;
-    const Result r = colcal(QStringList{"calibrate", "--camera", GetParam(), "--json"} + chartGrid(GetParam()),
-                            home.path());
+    const TestProcess::Result r =
+        TestProcess(COLCAL_BINARY).run(QStringList{"calibrate", "--camera", GetParam(), "--json"} + chartGrid(GetParam()));
     ASSERT_EQ(r.exitCode, 0) << r.err.toStdString();
     const QJsonObject o = QJsonDocument::fromJson(r.out.toUtf8()).object();
     EXPECT_LE(o["meanDeltaE"].toObject()["after"].toDouble(), 3.0);
@@ -219,14 +187,15 @@ TEST_P(ColcalCalibrateCamera, GivenGridGivesTheSameResult)
 // The default run places the grid with the automatic chart finder.
 TEST_P(ColcalCalibrateCamera, WholeRunReachesTheGoalAndWritesItsFiles)
 {
-    QTemporaryDir home;
+    TestProcess colcal(COLCAL_BINARY);
+    const QDir home(colcal.home());
     // One camera with the default published chart values, the other with the older ones.
     const QString edition = GetParam() == QString("emu-cmed-0") ? "post-2014" : "pre-2014";
     const QStringList chosen = edition == "post-2014" ? QStringList() : QStringList{"--published-chart", edition};
-    const Result r = colcal(QStringList{"calibrate", "--camera", GetParam(), "--json", "--report-dir",
-                                        home.filePath("reports"), "--settings-dir", home.filePath("settings"),
-                                        "--user-set", "UserSet1", "--set-default"} + chosen,
-                            home.path());
+    const TestProcess::Result r =
+        colcal.run(QStringList{"calibrate", "--camera", GetParam(), "--json", "--report-dir", home.filePath("reports"),
+                               "--settings-dir", home.filePath("settings"), "--user-set", "UserSet1", "--set-default"} +
+                   chosen);
     ASSERT_EQ(r.exitCode, 0) << r.err.toStdString();
     EXPECT_TRUE(r.err.contains("automatic brightness"));  // progress goes to stderr
     const QJsonObject o = QJsonDocument::fromJson(r.out.toUtf8()).object();

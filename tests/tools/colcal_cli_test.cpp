@@ -1,30 +1,21 @@
 #include "publishedchart.h"
+#include "testprocess.h"
 
 #include <gtest/gtest.h>
 
+#include <QDataStream>
 #include <QDir>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
 
 namespace {
 
-struct Result {
-    int exitCode;
-    QString out, err;
-};
-
-Result colcal(const QStringList& args, const QByteArray& stdinData = {})
+TestProcess::Result colcal(const QStringList& args, const QByteArray& input = {})
 {
-    QProcess p;
-    p.start(COLCAL_BINARY, args);
-    p.write(stdinData);
-    p.closeWriteChannel();
-    EXPECT_TRUE(p.waitForFinished(60000));
-    return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1,
-            QString::fromUtf8(p.readAllStandardOutput()), QString::fromUtf8(p.readAllStandardError())};
+    return TestProcess(COLCAL_BINARY).run(args, input);
 }
 
 QString writeFile(const QTemporaryDir& dir, const QString& name, const QByteArray& content)
@@ -38,43 +29,13 @@ QString writeFile(const QTemporaryDir& dir, const QString& name, const QByteArra
 
 TEST(ColcalCli, DeltaEReadsStdinAndPrintsJson)
 {
-    const Result r = colcal({"delta-e", "-", "--json"},
+    const TestProcess::Result r = colcal({"delta-e", "-", "--json"},
                          "# comment\n50,2.6772,-79.7751,50,0,-82.7485\n50,0,0,60,0,0\n");
     ASSERT_EQ(r.exitCode, 0) << r.err.toStdString();
     EXPECT_TRUE(r.out.startsWith("{\"pairs\":[{\"dC00\":")) << r.out.toStdString();
     EXPECT_TRUE(r.out.contains("\"dE00\":2.04245")) << r.out.toStdString();
     EXPECT_TRUE(r.out.contains("\"dC00\":0,")) << r.out.toStdString();
 }
-
-TEST(ColcalCli, BadDeltaEInputNamesFileAndLine)
-{
-    QTemporaryDir dir;
-    struct Case {
-        QByteArray content;
-        QString expected;
-    };
-    const Case cases[] = {
-        {"1,2,3,4,5\n", ":1: expected 6"},
-        {"# x\n1,2,3,4,5,abc\n", ":2: not a number: \"abc\""},
-        {"1,2,3,4,5,nan\n", ":1: not a number: \"nan\""},
-        {"", "no data rows"},
-    };
-    for (const Case& c : cases) {
-        const QString path = writeFile(dir, "pairs.csv", c.content);
-        const Result r = colcal({"delta-e", path});
-        EXPECT_EQ(r.exitCode, 2) << c.expected.toStdString();
-        EXPECT_TRUE(r.out.isEmpty());
-        EXPECT_TRUE(r.err.contains(c.expected)) << r.err.toStdString();
-        EXPECT_EQ(r.err.count('\n'), 1) << r.err.toStdString();
-    }
-    const Result missing = colcal({"delta-e", dir.filePath("absent.csv")});
-    EXPECT_EQ(missing.exitCode, 2);
-    EXPECT_TRUE(missing.err.contains("absent.csv: cannot open"));
-}
-
-}  // namespace
-
-namespace {
 
 QByteArray sampleChart()
 {
@@ -85,7 +46,7 @@ QByteArray sampleChart()
 
 TEST(ColcalCli, EngineJsonHasEveryStep)
 {
-    const Result r = colcal({"engine", "-", "--json"}, sampleChart());
+    const TestProcess::Result r = colcal({"engine", "-", "--json"}, sampleChart());
     ASSERT_EQ(r.exitCode, 0) << r.err.toStdString();
     const QJsonObject o = QJsonDocument::fromJson(r.out.toUtf8()).object();
     for (const char* key : {"digitalGain", "whiteBalance", "matrix", "bc6x2", "gamma", "meanDeltaE", "meanDeltaC", "steps"})
@@ -133,7 +94,7 @@ TEST(ColcalCli, EngineScoresAgainstThePublishedChartOfEitherEdition)
         const QStringList args = edition == PublishedChart::Edition::Post2014
                                      ? QStringList{"engine", "-", "--json"}  // the default
                                      : QStringList{"engine", "-", "--json", "--published-chart", name};
-        const Result r = colcal(args, sampleChart());
+        const TestProcess::Result r = colcal(args, sampleChart());
         ASSERT_EQ(r.exitCode, 0) << r.err.toStdString();
         const QJsonObject o = QJsonDocument::fromJson(r.out.toUtf8()).object();
         const QJsonObject pub = o["publishedChart"].toObject();
@@ -152,112 +113,93 @@ TEST(ColcalCli, EngineScoresAgainstThePublishedChartOfEitherEdition)
         EXPECT_LT(pub["meanDeltaE"].toObject()["after"].toDouble(), 3.0);
         EXPECT_GE(pub["meanDeltaE"].toObject()["after"].toDouble(), o["meanDeltaE"].toObject()["final"].toDouble());
 
-        const Result table = colcal({"engine", "-", "--published-chart", name}, sampleChart());
+        const TestProcess::Result table = colcal({"engine", "-", "--published-chart", name}, sampleChart());
         EXPECT_TRUE(table.out.contains(QString("Mean dE00 %1 before, %2 after")
                                            .arg(pub["meanDeltaE"].toObject()["before"].toDouble(), 0, 'f', 2)
                                            .arg(pub["meanDeltaE"].toObject()["after"].toDouble(), 0, 'f', 2)))
             << table.out.toStdString();
+        for (const char* words : {"White balance", "20 neutral 8", "mean"})
+            EXPECT_TRUE(table.out.contains(words)) << words;
     }
-    const Result bad = colcal({"engine", "-", "--published-chart", "2013"}, sampleChart());
+    const TestProcess::Result bad = colcal({"engine", "-", "--published-chart", "2013"}, sampleChart());
     EXPECT_EQ(bad.exitCode, 2);
     EXPECT_TRUE(bad.err.contains("--published-chart: \"2013\" is neither post-2014 nor pre-2014")) << bad.err.toStdString();
 }
 
-TEST(ColcalCli, EngineTableIsReadable)
-{
-    const Result r = colcal({"engine", "-"}, sampleChart());
-    ASSERT_EQ(r.exitCode, 0);
-    EXPECT_TRUE(r.out.contains("White balance"));
-    EXPECT_TRUE(r.out.contains("20 neutral 8"));
-    EXPECT_TRUE(r.out.contains("mean"));
-}
-
-TEST(ColcalCli, BadEngineInputNamesFileAndLine)
+// Bad input of either reading command is named by file and line (a message
+// starting with ':' follows the file's path), on one line of stderr, exit 2;
+// a chart the engine cannot take exits 3 with the engine's message.
+TEST(ColcalCli, BadInputIsNamedByFileAndLine)
 {
     QTemporaryDir dir;
-    const QList<QByteArray> good = sampleChart().split('\n');
-    auto join = [](const QList<QByteArray>& lines) { return lines.join('\n'); };
     QList<QByteArray> rows;
-    for (const QByteArray& l : good)
+    for (const QByteArray& l : sampleChart().split('\n'))
         if (!l.isEmpty() && !l.startsWith('#'))
             rows << l;
     ASSERT_EQ(rows.size(), 24);
-
+    auto chartWith = [&rows](int row, const QByteArray& line) {
+        QList<QByteArray> changed = rows;
+        changed[row] = line;
+        return changed.join('\n');
+    };
     struct Case {
-        QByteArray content;
+        const char* command;
+        QByteArray content;  // null: no such file
+        int exitCode;
         QString expected;
     };
-    QList<QByteArray> short23 = rows.mid(0, 23), long25 = rows, text = rows, nan = rows, high = rows, low = rows, cols = rows;
-    long25 << rows.last();
-    text[4] = "12,abc,3";
-    nan[6] = "12,NaN,3";
-    high[0] = "12,256,3";
-    low[23] = "-0.5,1,1";
-    cols[2] = "1,2";
     const Case cases[] = {
-        {join(short23), ":23: expected 24 rows, found 23"},
-        {join(long25), ":25: more than 24 rows"},
-        {join(text), ":5: not a number: \"abc\""},
-        {join(nan), ":7: not a number: \"NaN\""},
-        {join(high), ":1: value 256 outside 0..255"},
-        {join(low), ":24: value -0.5 outside 0..255"},
-        {join(cols), ":3: expected 3 comma-separated numbers, found 2"},
+        {"delta-e", "1,2,3,4,5\n", 2, ":1: expected 6"},
+        {"delta-e", "# x\n1,2,3,4,5,abc\n", 2, ":2: not a number: \"abc\""},
+        {"delta-e", "1,2,3,4,5,nan\n", 2, ":1: not a number: \"nan\""},
+        {"delta-e", "", 2, "no data rows"},
+        {"delta-e", {}, 2, ": cannot open"},
+        {"engine", rows.mid(0, 23).join('\n'), 2, ":23: expected 24 rows, found 23"},
+        {"engine", (rows + rows.mid(23)).join('\n'), 2, ":25: more than 24 rows"},
+        {"engine", chartWith(4, "12,abc,3"), 2, ":5: not a number: \"abc\""},
+        {"engine", chartWith(6, "12,NaN,3"), 2, ":7: not a number: \"NaN\""},
+        {"engine", chartWith(0, "12,256,3"), 2, ":1: value 256 outside 0..255"},
+        {"engine", chartWith(23, "-0.5,1,1"), 2, ":24: value -0.5 outside 0..255"},
+        {"engine", chartWith(2, "1,2"), 2, ":3: expected 3 comma-separated numbers, found 2"},
+        {"engine", {}, 2, ": cannot open"},
+        // sampled from a black gap: stays grey through every gain and the matrix
+        {"engine", chartWith(5, "0,0,0"), 3, "Cannot determine hue sector on gray image"},
     };
+    int n = 0;
     for (const Case& c : cases) {
-        const QString path = writeFile(dir, "chart.csv", c.content);
-        const Result r = colcal({"engine", path, "--json"});
-        EXPECT_EQ(r.exitCode, 2) << c.expected.toStdString();
+        const QString path = dir.filePath(QString("input%1.csv").arg(++n));
+        if (!c.content.isNull())
+            writeFile(dir, QFileInfo(path).fileName(), c.content);
+        const TestProcess::Result r = colcal({c.command, path, "--json"});
+        SCOPED_TRACE(c.expected.toStdString());
+        EXPECT_EQ(r.exitCode, c.exitCode);
         EXPECT_TRUE(r.out.isEmpty()) << r.out.toStdString();
-        EXPECT_TRUE(r.err.contains(path + c.expected)) << r.err.toStdString();
-        EXPECT_EQ(r.err.count('\n'), 1) << r.err.toStdString();
+        EXPECT_TRUE(r.err.contains(c.expected.startsWith(':') ? path + c.expected : c.expected)) << r.err.toStdString();
+        if (c.exitCode == 2)
+            EXPECT_EQ(r.err.count('\n'), 1) << r.err.toStdString();
     }
-    const Result missing = colcal({"engine", dir.filePath("none.csv")});
-    EXPECT_EQ(missing.exitCode, 2);
-    EXPECT_TRUE(missing.err.contains("none.csv: cannot open"));
-
-    QList<QByteArray> grey = rows;
-    grey[5] = "0,0,0";  // sampled from a black gap: stays grey through every gain and the matrix
-    const Result engineError = colcal({"engine", "-"}, join(grey));
-    EXPECT_EQ(engineError.exitCode, 3);
-    EXPECT_TRUE(engineError.out.isEmpty());
-    EXPECT_TRUE(engineError.err.contains("Cannot determine hue sector on gray image")) << engineError.err.toStdString();
 }
 
 TEST(ColcalCli, ImageDeclaringTooManyPixelsIsRefusedFromItsHeader)
 {
     QTemporaryDir dir;
     // A BMP header declaring 12000 x 12000 pixels of 24 bits, followed by a few bytes.
-    QByteArray bmp("BM");
-    auto put32 = [&bmp](quint32 v) {
-        for (int i = 0; i < 4; ++i)
-            bmp.append(char((v >> (8 * i)) & 0xff));
-    };
-    auto put16 = [&bmp](quint16 v) {
-        bmp.append(char(v & 0xff));
-        bmp.append(char(v >> 8));
-    };
-    put32(54 + 64);
-    put32(0);
-    put32(54);
-    put32(40);
-    put32(12000);
-    put32(12000);
-    put16(1);
-    put16(24);
+    QByteArray bmp;
+    QDataStream header(&bmp, QIODevice::WriteOnly);
+    header.setByteOrder(QDataStream::LittleEndian);
+    header.writeRawData("BM", 2);
+    header << quint32(54 + 64) << quint32(0) << quint32(54) << quint32(40) << quint32(12000) << quint32(12000)
+           << quint16(1) << quint16(24);
     for (int i = 0; i < 6; ++i)
-        put32(0);
+        header << quint32(0);
     bmp.append(QByteArray(64, '\x7f'));
     const QString path = writeFile(dir, "huge.bmp", bmp);
     for (const char* command : {"analyze", "find-chart"}) {
-        const Result r = colcal({command, path});
+        const TestProcess::Result r = colcal({command, path});
         EXPECT_EQ(r.exitCode, 2) << command;
         EXPECT_TRUE(r.err.contains("12000 x 12000 pixels is more than the 100 megapixels")) << r.err.toStdString();
     }
 }
-
-}  // namespace
-
-namespace {
 
 // Every subcommand with the options its README line and help promise.
 TEST(ColcalCli, EverySubcommandExplainsItselfAndNamesUnknownOptions)
@@ -278,14 +220,14 @@ TEST(ColcalCli, EverySubcommandExplainsItselfAndNamesUnknownOptions)
         {"analyze", {"--grid x1 y1 x2 y2 x3 y3 x4 y4", "--linear", "--srgb", "--overlay OUT.png", "--json"}},
         {"find-chart", {"--overlay OUT.png", "--json"}},
     };
-    const Result top = colcal({"--help"});
+    const TestProcess::Result top = colcal({"--help"});
     EXPECT_EQ(top.exitCode, 0);
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name.toStdString());
         EXPECT_TRUE(top.out.contains("\n  " + row.name + " ")) << top.out.toStdString();
 
         for (const QString& help : {QString("--help"), QString("-h")}) {
-            const Result r = colcal({row.name, help});
+            const TestProcess::Result r = colcal({row.name, help});
             EXPECT_EQ(r.exitCode, 0);
             EXPECT_TRUE(r.err.isEmpty()) << r.err.toStdString();
             EXPECT_TRUE(r.out.startsWith("usage: colcal " + row.name)) << r.out.toStdString();
@@ -297,15 +239,15 @@ TEST(ColcalCli, EverySubcommandExplainsItselfAndNamesUnknownOptions)
         }
 
         // Rejected before anything is opened or read, naming the word.
-        const Result bad = colcal({row.name, "--no-such-option", "x"});
+        const TestProcess::Result bad = colcal({row.name, "--no-such-option", "x"});
         EXPECT_EQ(bad.exitCode, 2);
         EXPECT_TRUE(bad.out.isEmpty());
         EXPECT_EQ(bad.err, QString("colcal %1: unknown option --no-such-option (see colcal %1 --help)\n").arg(row.name));
     }
-    const Result version = colcal({"--version"});
+    const TestProcess::Result version = colcal({"--version"});
     EXPECT_EQ(version.exitCode, 0);
     EXPECT_TRUE(version.out.startsWith("colcal ") && version.out.count('.') == 2) << version.out.toStdString();
-    const Result none = colcal({});
+    const TestProcess::Result none = colcal({});
     EXPECT_EQ(none.exitCode, 2);
     EXPECT_TRUE(none.out.isEmpty());
     EXPECT_TRUE(none.err.startsWith("usage: colcal COMMAND"));

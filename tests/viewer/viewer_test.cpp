@@ -7,7 +7,6 @@
 #include "cameraselectordock.h"
 #include "featureeditor.h"
 #include "featuresdock.h"
-#include "guitestapp.h"
 #include "kaltoviewer.h"
 #include "liveview.h"
 #include "logdock.h"
@@ -58,12 +57,6 @@ class ViewerTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        // The viewer's test needs a real display (xvfb-run), not the offscreen
-        // one, and the scene graph a user gets there: the software one draws
-        // no video, so the calibrator's live image would stay empty.
-        qputenv("QT_QPA_PLATFORM", "xcb");
-        GuiTestApp::instance();
-        qunsetenv("QT_QUICK_BACKEND");
         KaltoViewer::Options options;
         options.pluginFolders = QStringList{QStringLiteral(COLCAL_PLUGIN_DIR)};
         viewer = std::make_unique<KaltoViewer>(options);

@@ -166,10 +166,6 @@ TEST(Translations, CompiledCataloguesLieWhereThePluginLoadsThem)
 TEST(Translations, ReportPicturesSpeakTheToolsLanguage)
 {
     Q_INIT_RESOURCE(colcal_translations);
-    int argc = 1;
-    char name[] = "test_wizard_translations";
-    char* argv[] = {name, nullptr};
-    QCoreApplication app(argc, argv);  // translators need one
     QJsonObject precise;
     for (int k = 1; k <= 24; ++k)
         precise.insert(QString("Patch%1").arg(k, 2, 10, QChar('0')),

@@ -373,7 +373,7 @@ TEST(WizardFailures, VanishedSettingsFileIsReportedAndChangesNothing)
     whenWindowAppears([](QWidget* w) { return qobject_cast<QFileDialog*>(w) != nullptr; },
                       [file](QWidget* w) {
                           w->activateWindow();
-                          QTest::qWaitForWindowActive(w);
+                          EXPECT_TRUE(QTest::qWaitForWindowActive(w));
                           auto* name = w->findChild<QLineEdit*>("fileNameEdit");
                           name->setFocus();
                           QTest::keyClicks(name, file);
