@@ -1,12 +1,11 @@
-#include "camerajustify.h"
 #include "cameraautobrightnesshelper.h"
+#include "colorcorrectionmodel.h"
+#include "convertingimagecamera.h"
 
 #include "emulatedcamera.h"
-#include "emulatedrig.h"
-#include "modeltestapp.h"
-#include "testcalibrationsession.h"
+#include "featurewritelog.h"
+#include "sessionrig.h"
 
-#include "core/baseexception.h"
 #include "genicam/nodemap.h"
 
 #include <QSignalSpy>
@@ -16,77 +15,67 @@
 
 #include <cmath>
 
-// Automatic brightness on the emulated cameras, through a real grab-and-sample
-// path, on the worker thread CameraJustify starts.
+// Automatic brightness of the calibration session on the emulated cameras:
+// the session's own loop on its worker thread, seen through what the camera
+// is asked to do.
 namespace {
+
+const std::set<std::string> kExposureAndGain = {"ExposureTime", "ExposureTimeAbs", "Gain", "GainAbs", "GainRaw"};
 
 class AutoBrightnessTest : public ::testing::TestWithParam<const char*> {
 protected:
     void SetUp() override
     {
-        ensureModelTestApp();
-        rig = std::make_unique<EmulatedRig>(GetParam());
-        justify = std::make_unique<CameraJustify>(rig->camera());
-        neutralise(*justify);
-        session = std::make_unique<TestCalibrationSession>(rig->camera(), rig->grid());
-        session->measureGrey();  // the short first wait may miss the first frame
-        onTargetUs = exposureForTarget();
+        rig = std::make_unique<SessionRig>(GetParam());
+        ASSERT_FALSE(rig->openAndNeutralise().isEmpty());
+        onTargetUs = rig->exposureForGrey(CameraAutoBrightnessHelper::kTargetDn);
+        ASSERT_GT(onTargetUs, 0.0);
+        writes = std::make_unique<FeatureWriteLog>(rig->nodeMap());
     }
     void TearDown() override
     {
-        justify.reset();  // stops a worker still running
-        session.reset();
+        writes.reset();
+        rig.reset();  // closing ends a loop still running
     }
 
-    // Exposure that puts the grey patch at 150, from the sensor's linearity.
-    double exposureForTarget()
+    ColorCorrectionModel& model() { return rig->model(); }
+    bool startTooDark()
     {
-        double exposure = session->GetExposureTimeValue();
-        double grey = session->measureGrey();
-        while (grey >= 250.0 && exposure > 200.0) {
-            exposure /= 2;
-            session->SetExposureTimeValue(exposure);
-            grey = session->measureGrey();
-        }
-        EXPECT_GT(grey, 20.0);
-        return exposure * 150.0 / grey;
+        if (!model().SetExposureTimeValue(onTargetUs / 10) || rig->measureGrey() >= 25.0)
+            return false;
+        writes->clear();
+        return model().AutoAdjustGray80PercentPatch();
     }
-
     bool runToEnd(int timeoutMs = 30000)
     {
-        QSignalSpy finished(justify.get(), &CameraJustify::AutoBrightnessFinished);
-        justify->startAutoBrightness(session.get());
-        return finished.wait(timeoutMs) && finished.count() == 1;
+        QSignalSpy finished(&model(), &ColorCorrectionModel::AutoAdjustGray80PercentPatchFinished);
+        return model().AutoAdjustGray80PercentPatch() && finished.wait(timeoutMs) && finished.count() == 1;
     }
+    size_t rounds() const { return writes->count(kExposureAndGain); }
 
-    std::unique_ptr<EmulatedRig> rig;
-    std::unique_ptr<CameraJustify> justify;
-    std::unique_ptr<TestCalibrationSession> session;
+    std::unique_ptr<SessionRig> rig;
+    std::unique_ptr<FeatureWriteLog> writes;
     double onTargetUs = 0.0;
 };
 
-TEST_P(AutoBrightnessTest, TenTimesTooDarkEndsOnTarget)
+TEST_P(AutoBrightnessTest, EndsOnTargetFromTooDarkAndFromSaturated)
 {
-    ASSERT_TRUE(session->SetExposureTimeValue(onTargetUs / 10));
-    ASSERT_LT(session->measureGrey(), 25.0);
-    ASSERT_TRUE(runToEnd());
-    EXPECT_NEAR(session->measureGrey(), 150.0, 15.0);
-    EXPECT_LT(session->measurements(), 12);
-}
-
-TEST_P(AutoBrightnessTest, SaturatedEndsOnTarget)
-{
-    ASSERT_TRUE(session->SetExposureTimeValue(onTargetUs * 4));
-    ASSERT_GE(session->measureGrey(), 250.0);
-    ASSERT_TRUE(runToEnd());
-    EXPECT_NEAR(session->measureGrey(), 150.0, 15.0);
+    for (const double start : {0.1, 4.0}) {
+        ASSERT_TRUE(model().SetExposureTimeValue(onTargetUs * start));
+        const double grey = rig->measureGrey();
+        ASSERT_TRUE(start < 1 ? grey < 25.0 : grey >= 250.0) << grey;
+        writes->clear();
+        ASSERT_TRUE(runToEnd()) << "start " << start;
+        EXPECT_NEAR(rig->measureGrey(), 150.0, 15.0) << "start " << start;
+        EXPECT_LT(rounds(), 12u) << "start " << start;
+    }
 }
 
 TEST_P(AutoBrightnessTest, TooLittleLightStopsAtTheGainLimit)
 {
     // Exposure may not exceed a twentieth of what the target needs, and gain
     // makes up at most 6 dB (a factor of two).
-    auto& map = rig->device().nodeMap();
+    auto& map = rig->nodeMap();
     if (rig->sfnc2()) {
         map.setFloat("AutoExposureTimeUpperLimit", std::floor(onTargetUs / 20));
         map.setFloat("AutoGainUpperLimit", 6.0);
@@ -94,74 +83,67 @@ TEST_P(AutoBrightnessTest, TooLittleLightStopsAtTheGainLimit)
         map.setFloat("AutoExposureTimeAbsUpperLimit", std::floor(onTargetUs / 20));
         map.setInteger("AutoGainRawUpperLimit", 60);
     }
-    ASSERT_TRUE(session->SetExposureTimeValue(onTargetUs / 10));
+    ASSERT_TRUE(model().SetExposureTimeValue(onTargetUs / 10));
     ASSERT_TRUE(runToEnd());
-    EXPECT_NEAR(session->GetGainValue(), 6.0 * (rig->sfnc2() ? 1 : 10), 0.02);
-    EXPECT_NEAR(session->GetExposureTimeValue(), std::floor(onTargetUs / 20), 1.0);
-    EXPECT_LT(session->measureGrey(), 150.0 * 0.9);
+    // The older generation's limit counts raw steps; the session scales gain by a hundred.
+    EXPECT_NEAR(model().GetGainValue(), 6.0 * (rig->sfnc2() ? 1 : 10), 0.02);
+    EXPECT_NEAR(model().GetExposureTimeValue(), std::floor(onTargetUs / 20), 1.0);
+    EXPECT_LT(rig->measureGrey(), 150.0 * 0.9);
 }
 
 TEST_P(AutoBrightnessTest, NeverRunsOnAfterStop)
 {
-    // Nothing to reach: exposure capped far below target, gain without limit
-    // room to end the loop quickly.
-    ASSERT_TRUE(session->SetExposureTimeValue(onTargetUs / 10));
-    QSignalSpy finished(justify.get(), &CameraJustify::AutoBrightnessFinished);
-    const int writesBefore = session->exposureWrites();
-    justify->startAutoBrightness(session.get());
-    ASSERT_TRUE(waitUntil([&] { return session->exposureWrites() > writesBefore; }, 10000));
-    ASSERT_TRUE(justify->stopAutoBrightness(10000));
-    const int exposureWrites = session->exposureWrites();
-    const int gainWrites = session->gainWrites();
-    const int measurements = session->measurements();
+    QSignalSpy finished(&model(), &ColorCorrectionModel::AutoAdjustGray80PercentPatchFinished);
+    QSignalSpy measured(&model(), &ColorCorrectionModel::Gray80PercentHitRateChanged);
+    ASSERT_TRUE(startTooDark());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return rounds() > 0; }, 10000));
+    ASSERT_TRUE(model().StopAutoAdjustGray80PercentPatch());
+    QCoreApplication::processEvents();  // what the ended loop sent
+    const size_t roundsAtStop = rounds();
+    const int measurementsAtStop = measured.count();
     QTest::qWait(700);
-    EXPECT_EQ(session->exposureWrites(), exposureWrites);
-    EXPECT_EQ(session->gainWrites(), gainWrites);
-    EXPECT_EQ(session->measurements(), measurements);
+    EXPECT_EQ(rounds(), roundsAtStop);
+    EXPECT_EQ(measured.count(), measurementsAtStop);
     EXPECT_EQ(finished.count(), 1);
 }
 
-TEST_P(AutoBrightnessTest, RestartReplacesTheRunningWorker)
+TEST_P(AutoBrightnessTest, RestartReplacesTheRunningLoop)
 {
-    ASSERT_TRUE(session->SetExposureTimeValue(onTargetUs / 10));
-    QSignalSpy finished(justify.get(), &CameraJustify::AutoBrightnessFinished);
-    justify->startAutoBrightness(session.get());
-    justify->startAutoBrightness(session.get());
-    ASSERT_TRUE(waitUntil([&] { return finished.count() >= 2; }, 30000));
-    EXPECT_NEAR(session->measureGrey(), 150.0, 15.0);
+    QSignalSpy finished(&model(), &ColorCorrectionModel::AutoAdjustGray80PercentPatchFinished);
+    ASSERT_TRUE(startTooDark());
+    ASSERT_TRUE(model().AutoAdjustGray80PercentPatch());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return finished.count() >= 2; }, 30000));
+    EXPECT_NEAR(rig->measureGrey(), 150.0, 15.0);
 }
 
 TEST_P(AutoBrightnessTest, DisconnectDuringTheLoopEndsIt)
 {
-    ASSERT_TRUE(session->SetExposureTimeValue(onTargetUs / 10));
-    QSignalSpy finished(justify.get(), &CameraJustify::AutoBrightnessFinished);
-    const int writesBefore = session->exposureWrites();
-    justify->startAutoBrightness(session.get());
-    ASSERT_TRUE(waitUntil([&] { return session->exposureWrites() > writesBefore; }, 10000));
+    QSignalSpy finished(&model(), &ColorCorrectionModel::AutoAdjustGray80PercentPatchFinished);
+    QSignalSpy removed(&model(), &ColorCorrectionModel::cameraRemoved);
+    ASSERT_TRUE(startTooDark());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return rounds() > 0; }, 10000));
     rig->device().disconnect();
     EXPECT_TRUE(finished.wait(ConvertingImageCamera::kGrabTimeoutMs + 1000));
-    EXPECT_FALSE(session->wrapper().isOpen());
+    EXPECT_TRUE(removed.count() > 0 || removed.wait(2000));
 }
 
 TEST_P(AutoBrightnessTest, CameraGoneBeforeTheLoopBegins)
 {
-    const auto parameters = rig->parameters();
-    const int writesBefore = session->exposureWrites();
     rig->device().disconnect();
-    // Starting raises the camera's error for the session to report ...
-    EXPECT_THROW(justify->startAutoBrightness(session.get()), Core::Exception::BaseException);
-    // ... and a worker that meets the loss first ends quietly.
-    CameraAutoBrightnessHelper helper(session.get(), parameters);
+    // Starting fails with the session's text ...
+    EXPECT_FALSE(model().AutoAdjustGray80PercentPatch());
+    // ... and a loop that meets the loss first ends quietly.
+    CameraAutoBrightnessHelper helper(&model(), nullptr);
     QSignalSpy finished(&helper, &CameraAutoBrightnessHelper::AutoBrightnessFinished);
     EXPECT_NO_THROW(helper.doWork());
     EXPECT_EQ(finished.count(), 1);
-    EXPECT_EQ(session->exposureWrites(), writesBefore);
+    EXPECT_EQ(rounds(), 0u);
 }
 
 INSTANTIATE_TEST_SUITE_P(EmulatedCameras, AutoBrightnessTest,
-                         ::testing::Values(EmulatedRig::kMedical, EmulatedRig::kCustom),
+                         ::testing::Values(SessionRig::kMedical, SessionRig::kCustom),
                          [](const ::testing::TestParamInfo<const char*>& info) {
-                             return std::string(info.param) == EmulatedRig::kMedical ? "Sfnc2" : "Sfnc1";
+                             return std::string(info.param) == SessionRig::kMedical ? "Sfnc2" : "Sfnc1";
                          });
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "cameraautobrightnesshelper.h"
 
 #include "calibrationinterface.h"
-#include "modeltestapp.h"
 
 #include "genicam/nodemap.h"
 #include "parametercollection/nodemapparametercollection.h"
@@ -117,7 +116,6 @@ class AutoBrightnessLoopTest : public ::testing::TestWithParam<Row> {};
 
 TEST_P(AutoBrightnessLoopTest, WritesTheDampedCorrections)
 {
-    ensureModelTestApp();
     const Row& row = GetParam();
     ScriptedCalibration calibration;
     calibration.greys = row.greys;
@@ -155,7 +153,6 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(AutoBrightnessStop, StopBeforeTheLoopBeginsHolds)
 {
-    ensureModelTestApp();
     ScriptedCalibration calibration;
     calibration.greys = {0, 15, 15, 15, 15};
     CameraAutoBrightnessHelper helper(&calibration, limits(1e5, 24.0));

@@ -1,8 +1,7 @@
 #include "convertingimagecamera.h"
 
 #include "emulatedcamera.h"
-#include "emulatedrig.h"
-#include "modeltestapp.h"
+#include "sessionrig.h"
 
 #include "camerapool/icamera.h"
 #include "genicam/nodemap.h"
@@ -26,9 +25,8 @@ class ConvertingImageCameraTest : public ::testing::TestWithParam<const char*> {
 protected:
     void SetUp() override
     {
-        ensureModelTestApp();
-        rig = std::make_unique<EmulatedRig>(GetParam());
-        wrapper.attachCamera(rig->camera());
+        rig = std::make_unique<SessionRig>(GetParam());
+        wrapper.attachCamera(rig->openCamera());
     }
     void TearDown() override { wrapper.detachCamera(); }
 
@@ -39,7 +37,7 @@ protected:
         return wrapper.GrabImage(out, grabNew) || wrapper.GrabImage(out, grabNew);
     }
 
-    std::unique_ptr<EmulatedRig> rig;
+    std::unique_ptr<SessionRig> rig;
     ConvertingImageCamera wrapper;
 };
 
@@ -50,13 +48,13 @@ TEST_P(ConvertingImageCameraTest, GrabGivesMeasuringAndDisplayImageOfOneFrame)
     ASSERT_TRUE(warmUp(image));
     ASSERT_TRUE(image.isValid());
     // The signal follows the conversion that the grab already saw.
-    EXPECT_TRUE(waitUntil([&] { return grabbed.count() >= 1; }, 1000));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return grabbed.count() >= 1; }, 1000));
     EXPECT_EQ(image.width(), 480);
     EXPECT_EQ(image.height(), 300);
     const Kalto::CKaltoImage& rgb16 = image.kaltoImage();
     EXPECT_EQ(rgb16.GetPixelType(), Kalto::PixelType_RGB16packed);
     EXPECT_EQ(rgb16.GetStride() % 4, 0u);
-    EXPECT_TRUE(waitUntil([&] { return !rig->camera()->isGrabbing(); }, 1000));  // a single grab ends by itself
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !rig->openCamera()->isGrabbing(); }, 1000));  // a single grab ends by itself
 
     // The display pixels hold the top 8 bits of the measuring pixels.
     const uchar* display = image.constPixelData();
@@ -108,7 +106,7 @@ TEST_P(ConvertingImageCameraTest, GrabDuringContinuousAcquisitionReturnsTheLates
 {
     CImage image;
     ASSERT_TRUE(warmUp(image, false));
-    ASSERT_TRUE(rig->camera()->isGrabbing());
+    ASSERT_TRUE(rig->openCamera()->isGrabbing());
     // Frames now take seconds: a grab that waited for one would show it.
     rig->device().setExtraFrameDelayMs(3000);
     QTest::qWait(50);
@@ -171,7 +169,7 @@ TEST_P(ConvertingImageCameraTest, DisconnectDuringContinuousDeliveryIsSurvived)
     CImage image;
     ASSERT_TRUE(warmUp(image, false));
     rig->device().disconnectAfterFrames(3);
-    ASSERT_TRUE(waitUntil([&] { return !wrapper.isOpen(); }, 5000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !wrapper.isOpen(); }, 5000));
     EXPECT_FALSE(wrapper.GrabImage(image, false));
 }
 
@@ -180,7 +178,7 @@ TEST_P(ConvertingImageCameraTest, DetachedWrapperConvertsNothing)
     CImage image;
     ASSERT_TRUE(warmUp(image));
     const auto camera = wrapper.detachCamera();
-    EXPECT_EQ(camera, rig->camera());
+    EXPECT_EQ(camera, rig->openCamera());
     EXPECT_FALSE(wrapper.isOpen());
     EXPECT_FALSE(wrapper.GrabImage(image, true));
     QSignalSpy grabbed(&wrapper, &ConvertingImageCamera::imageGrabbed);
@@ -209,19 +207,19 @@ TEST_P(ConvertingImageCameraTest, ReceiverOfANewImageMayWaitForADetachingThread)
             left = true;
         },
         Qt::DirectConnection);
-    rig->camera()->startGrabbing();
-    ASSERT_TRUE(waitUntil([&] { return entered.load(); }, 3000));
+    rig->openCamera()->startGrabbing();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return entered.load(); }, 3000));
     const auto camera = wrapper.detachCamera();
     detached = true;
-    EXPECT_TRUE(waitUntil([&] { return left.load(); }, 5000));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return left.load(); }, 5000));
     camera->stopGrabbing();
     EXPECT_TRUE(sawDetach);
 }
 
 INSTANTIATE_TEST_SUITE_P(EmulatedCameras, ConvertingImageCameraTest,
-                         ::testing::Values(EmulatedRig::kMedical, EmulatedRig::kCustom),
+                         ::testing::Values(SessionRig::kMedical, SessionRig::kCustom),
                          [](const ::testing::TestParamInfo<const char*>& info) {
-                             return std::string(info.param) == EmulatedRig::kMedical ? "Sfnc2" : "Sfnc1";
+                             return std::string(info.param) == SessionRig::kMedical ? "Sfnc2" : "Sfnc1";
                          });
 
 }  // namespace

@@ -1,29 +1,24 @@
 #include "colorcorrectionmodel.h"
 #include "colorcorrectionmodelimpl.h"
 
-#include "chartprojection.h"
 #include "emulatedcamera.h"
-#include "emulatortransportlayer.h"
+#include "sessionrig.h"
 
 #include "camerapool/camerapool.h"
-#include "camerapool/icamera.h"
-#include "camerapool/icameracontrolservice.h"
-#include "camerapool/icamerainfo.h"
 #include "camerapool/icamerastatusservice.h"
-#include "genicam/featurepersistence.h"
 #include "genicam/nodemap.h"
-#include "kalto/transportlayerregistry.h"
 
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QJsonArray>
+#include <QLoggingCategory>
+#include <QRegularExpression>
 #include <QSettings>
 #include <QSignalSpy>
-#include <QElapsedTimer>
-#include <QRegularExpression>
 #include <QTemporaryDir>
+#include <QTest>
 #include <QThread>
 #include <QTimer>
 
@@ -35,82 +30,36 @@
 #include <memory>
 #include <thread>
 #include <tuple>
+#include <utility>
 
 namespace {
 
-QCoreApplication* app()
-{
-    static int argc = 1;
-    static char name[] = "test_session";
-    static char* argv[] = {name, nullptr};
-    static QCoreApplication* instance = QCoreApplication::instance() ? nullptr : new QCoreApplication(argc, argv);
-    return instance;
-}
-
-// Warnings the session logs, in order.
-QStringList g_log;
-void captureLog(QtMsgType type, const QMessageLogContext&, const QString& message)
-{
-    if (type == QtWarningMsg)
-        g_log << message;
-}
-
-/// An emulated camera behind a camera pool, with the session's services, its
-/// flash and the viewer's settings in a temporary folder.
-class SessionRig {
+/// The warnings logged while it lives, in order, with their categories.
+class Warnings {
 public:
-    explicit SessionRig(const std::string& id, int width = 480, int height = 300) : m_id(id)
+    Warnings() : m_previous(qInstallMessageHandler(capture)) { s_current = this; }
+    ~Warnings()
     {
-        app();
-        qputenv("XDG_DATA_HOME", m_dir.path().toUtf8());
-        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_dir.filePath("config"));
-        m_registry.add(m_layer);
-        pool = std::make_unique<Plugin::CameraPool::CameraPool>(m_registry);
-        info = pool->cameraInfo(QString::fromStdString(id));
-        device = m_layer->camera(id);
-        resize(width, height);
-        for (const auto& s : pool->services()) {
-            if (auto c = s.objectCast<Plugin::CameraPool::ICameraControlService>())
-                control = c;
-            if (auto st = s.objectCast<Plugin::CameraPool::ICameraStatusService>())
-                status = st;
+        qInstallMessageHandler(m_previous);
+        s_current = nullptr;
+    }
+    /// The lines so far; they are forgotten.
+    QStringList take() { return std::exchange(lines, {}); }
+    std::string text() const { return lines.join(" | ").toStdString(); }
+
+    QStringList lines;
+    QStringList categories;
+
+private:
+    static void capture(QtMsgType type, const QMessageLogContext& context, const QString& message)
+    {
+        if (type == QtWarningMsg && s_current) {
+            s_current->lines << message;
+            s_current->categories << QString::fromLatin1(context.category);
         }
-        model.injectCameraControlService(control);
-        model.injectCameraStatusService(status);
     }
-
-    void resize(int width, int height)
-    {
-        device->nodeMap().setInteger("Width", width);
-        device->nodeMap().setInteger("Height", height);
-        m_width = width;
-        m_height = height;
-    }
-
-    /// Where the emulated chart's patches lie in the image.
-    CTrapezoid grid() const
-    {
-        const ChartProjection::Quad q = ChartProjection(device->sceneGeometry(), m_width, m_height).grid();
-        auto pt = [](const ChartProjection::Point& p) { return QPoint(int(std::lround(p[0])), int(std::lround(p[1]))); };
-        return CTrapezoid(pt(q[0]), pt(q[1]), pt(q[3]), pt(q[2]));
-    }
-
-    QString settingsText() { return QString::fromStdString(Kalto::CFeaturePersistence::Save(device->nodeMap())); }
-
-    bool sfnc2() const { return device->model().generation == CameraModel::Generation::Sfnc2; }
-
-    QTemporaryDir m_dir;
-    std::string m_id;
-    Kalto::CTransportLayerRegistry m_registry;
-    std::shared_ptr<EmulatorTransportLayer> m_layer = std::make_shared<EmulatorTransportLayer>();
-    std::unique_ptr<Plugin::CameraPool::CameraPool> pool;
-    QSharedPointer<Plugin::CameraPool::ICameraInfo> info;
-    std::shared_ptr<EmulatedCamera> device;
-    QSharedPointer<Plugin::CameraPool::ICameraControlService> control;
-    QSharedPointer<Plugin::CameraPool::ICameraStatusService> status;
-    ColorCorrectionModel model;
-    int m_width = 0;
-    int m_height = 0;
+    static inline Warnings* s_current = nullptr;
+    QtMessageHandler m_previous;
 };
 
 /// The wizard's forward path (steps 1 to 3) as the session drives it.
@@ -121,11 +70,7 @@ struct CalibrationRun {
 
 bool calibrate(SessionRig& rig, CalibrationRun& run)
 {
-    ColorCorrectionModel& m = rig.model;
-    QImage live;
-    for (int i = 0; i < 3 && !m.GrabImage(live, true); ++i) {
-    }
-    m.SetGridPositon(rig.grid());
+    ColorCorrectionModel& m = rig.model();
     if (!(m.CreateSettingsBackup(false) && m.CreateSettingsBackup(true) && m.SetNeutralSettings() &&
           m.ExecuteWhitebalance() && m.ActivateMonoImage() && m.DisableAutoFunctions()))
         return false;
@@ -159,7 +104,7 @@ TEST_P(SessionTest, WholeCalibrationReachesTheGoalAndCancelRestoresTheCamera)
 {
     SessionRig rig(GetParam());
     const QString untouched = rig.settingsText();
-    ASSERT_TRUE(rig.model.Open(rig.info));
+    ASSERT_TRUE(rig.open());
     const QString opened = rig.settingsText();  // opening switches a test image off, nothing else
 
     CalibrationRun run;
@@ -183,76 +128,69 @@ TEST_P(SessionTest, WholeCalibrationReachesTheGoalAndCancelRestoresTheCamera)
     EXPECT_FALSE(run.document.value("Calibrated").toObject().value("Gamma").isNull());
 
     // Cancel: the settings from before the backup come back byte for byte.
-    ASSERT_TRUE(rig.model.RestoreSettingsBackup(false));
+    ASSERT_TRUE(rig.model().RestoreSettingsBackup(false));
     EXPECT_EQ(rig.settingsText(), opened);
-    ASSERT_TRUE(rig.model.Close());
+    ASSERT_TRUE(rig.model().Close());
     EXPECT_NE(untouched.size(), 0);
 }
 
 TEST_P(SessionTest, DisconnectDuringCalibrationFailsCleanly)
 {
     SessionRig rig(GetParam());
-    ASSERT_TRUE(rig.model.Open(rig.info));
-    QImage live;
-    rig.model.GrabImage(live, true);
-    rig.model.SetGridPositon(rig.grid());
-    ASSERT_TRUE(rig.model.CreateSettingsBackup(false));
-    ASSERT_TRUE(rig.model.SetNeutralSettings());
-    ASSERT_TRUE(rig.model.ApplyInitialColorPatchValues());
-    QSignalSpy removed(&rig.model, &ColorCorrectionModel::cameraRemoved);
-    rig.device->disconnect();
+    ASSERT_FALSE(rig.openAndNeutralise().isEmpty());
+    ASSERT_TRUE(rig.model().ApplyInitialColorPatchValues());
+    QSignalSpy removed(&rig.model(), &ColorCorrectionModel::cameraRemoved);
+    rig.device().disconnect();
     QElapsedTimer clock;
     clock.start();
-    g_log.clear();
-    auto previous = qInstallMessageHandler(captureLog);
-    EXPECT_FALSE(rig.model.ExecuteCalibrationAndApply());
-    QImage image;
-    EXPECT_FALSE(rig.model.GrabImage(image, true));
-    EXPECT_FALSE(rig.model.RestoreSettingsBackup(false));
-    qInstallMessageHandler(previous);
+    QStringList lines;
+    {
+        Warnings warnings;
+        EXPECT_FALSE(rig.model().ExecuteCalibrationAndApply());
+        QImage image;
+        EXPECT_FALSE(rig.model().GrabImage(image, true));
+        EXPECT_FALSE(rig.model().RestoreSettingsBackup(false));
+        lines = warnings.take();
+    }
     EXPECT_LT(clock.elapsed(), 6000);
     EXPECT_TRUE(removed.count() > 0 || removed.wait(2000));
-    ASSERT_FALSE(g_log.isEmpty());
-    EXPECT_TRUE(g_log.first().endsWith(";Calibration failed.")) << g_log.first().toStdString();
-    EXPECT_TRUE(g_log.value(1).contains(";ExecuteCalibrationAndApply: ")) << g_log.value(1).toStdString();
-    EXPECT_TRUE(rig.model.Close());
+    ASSERT_FALSE(lines.isEmpty());
+    EXPECT_TRUE(lines.first().endsWith(";Calibration failed.")) << lines.first().toStdString();
+    EXPECT_TRUE(lines.value(1).contains(";ExecuteCalibrationAndApply: ")) << lines.value(1).toStdString();
+    EXPECT_TRUE(rig.model().Close());
 }
 
-INSTANTIATE_TEST_SUITE_P(EmulatedCameras, SessionTest, ::testing::Values("emu-cmed-0", "emu-custom-1"),
+INSTANTIATE_TEST_SUITE_P(EmulatedCameras, SessionTest, ::testing::Values(SessionRig::kMedical, SessionRig::kCustom),
                          [](const ::testing::TestParamInfo<const char*>& info) {
-                             return std::string(info.param) == "emu-cmed-0" ? "Sfnc2" : "Sfnc1";
+                             return std::string(info.param) == SessionRig::kMedical ? "Sfnc2" : "Sfnc1";
                          });
 
 TEST(Session, CancelDuringAutomaticBrightnessStopsTheLoopFirst)
 {
-    SessionRig rig("emu-cmed-0");
-    ASSERT_TRUE(rig.model.Open(rig.info));
-    QImage live;
-    rig.model.GrabImage(live, true);
-    rig.model.SetGridPositon(rig.grid());
-    const QString opened = rig.settingsText();
-    ASSERT_TRUE(rig.model.CreateSettingsBackup(false));
-    ASSERT_TRUE(rig.model.SetNeutralSettings());
-    rig.device->nodeMap().setFloat("ExposureTime", 400.0);  // far too dark: the loop runs many rounds
-    ASSERT_TRUE(rig.model.AutoAdjustGray80PercentPatch());
+    SessionRig rig(SessionRig::kMedical);
+    const QString opened = rig.openAndNeutralise();
+    ASSERT_FALSE(opened.isEmpty());
+    rig.device().nodeMap().setFloat("ExposureTime", 400.0);  // far too dark: the loop runs many rounds
+    ASSERT_TRUE(rig.model().AutoAdjustGray80PercentPatch());
     QThread::msleep(300);
     QElapsedTimer clock;
     clock.start();
     // The loop measures through the session: restoring must not wait on it
     // under the session's lock, and nothing may change the camera afterwards.
-    ASSERT_TRUE(rig.model.RestoreSettingsBackup(false));
+    ASSERT_TRUE(rig.model().RestoreSettingsBackup(false));
     EXPECT_LT(clock.elapsed(), 6000);
     QThread::msleep(500);
     EXPECT_EQ(rig.settingsText(), opened);
-    EXPECT_TRUE(rig.model.Close());
+    EXPECT_TRUE(rig.model().Close());
 }
 
 TEST(Session, ClosedSessionAnswersWithoutTouchingTheCamera)
 {
-    SessionRig rig("emu-cmed-0");
+    SessionRig rig(SessionRig::kMedical);
+    QTemporaryDir out;
     const QString before = rig.settingsText();
     for (int round = 0; round < 2; ++round) {
-        ColorCorrectionModel& m = rig.model;
+        ColorCorrectionModel& m = rig.model();
         QImage image;
         double lo = 0, v = 0, hi = 0;
         QVector<QColor> values;
@@ -266,111 +204,147 @@ TEST(Session, ClosedSessionAnswersWithoutTouchingTheCamera)
         EXPECT_FALSE(m.CreateSettingsBackup(false));
         EXPECT_FALSE(m.RestoreSettingsBackup(false));
         EXPECT_FALSE(m.LoadSettings(QString("Gamma\t1\n")));
-        EXPECT_FALSE(m.SaveSettingsToFilePath(rig.m_dir.filePath("out")));
+        EXPECT_FALSE(m.SaveSettingsToFilePath(out.filePath("out")));
         EXPECT_TRUE(m.GetCalibrationsResultsJson().isEmpty());
         EXPECT_TRUE(m.GetAvailableUserSetsJson().isEmpty());
         EXPECT_FALSE(m.RestoreDetectedExposureAndGain());
         if (round == 0) {  // then the same after an open and a close
-            ASSERT_TRUE(m.Open(rig.info));
+            ASSERT_TRUE(m.Open(rig.info()));
             ASSERT_TRUE(m.Close());
         }
     }
-    EXPECT_FALSE(QDir(rig.m_dir.filePath("out")).exists());
+    EXPECT_FALSE(QDir(out.filePath("out")).exists());
     // Opening switched the test image off; nothing else changed.
     EXPECT_EQ(rig.settingsText(), before);
 }
 
 TEST(Session, OpenWithoutExclusiveAccessSharesTheCamera)
 {
-    SessionRig rig("emu-cmed-0");
-    const auto other = rig.pool->open(rig.info, false);  // someone else holds it
+    SessionRig rig(SessionRig::kMedical);
+    const auto other = rig.pool().pool().open(rig.info(), false);  // someone else holds it
     ASSERT_TRUE(other);
-    ASSERT_FALSE(rig.status->canGetExclusiveAccess(rig.info));
-    g_log.clear();
-    auto previous = qInstallMessageHandler(captureLog);
-    ASSERT_TRUE(rig.model.Open(rig.info));
-    EXPECT_GT(rig.model.GetExposureTimeValue(), 0.0);
-    ASSERT_TRUE(rig.model.Close());
+    ASSERT_FALSE(rig.pool().statusService()->canGetExclusiveAccess(rig.info()));
+    Warnings warnings;
+    ASSERT_TRUE(rig.model().Open(rig.info()));
+    EXPECT_GT(rig.model().GetExposureTimeValue(), 0.0);
+    ASSERT_TRUE(rig.model().Close());
     // The session gave back its own hold only.
-    EXPECT_TRUE(rig.pool->isCameraOpen(rig.info));
-    rig.pool->release(other);
+    EXPECT_TRUE(rig.pool().pool().isCameraOpen(rig.info()));
+    rig.pool().pool().release(other);
 
     // A camera that cannot be opened: false, and nothing logged.
-    rig.device->disconnect();
-    EXPECT_FALSE(rig.model.Open(rig.info));
-    qInstallMessageHandler(previous);
-    EXPECT_TRUE(g_log.isEmpty()) << g_log.join(" | ").toStdString();
+    rig.device().disconnect();
+    EXPECT_FALSE(rig.model().Open(rig.info()));
+    EXPECT_TRUE(warnings.lines.isEmpty()) << warnings.text();
 }
 
 TEST(Session, GainRawIsScaledByAHundred)
 {
-    SessionRig rig("emu-custom-1");
-    ASSERT_TRUE(rig.model.Open(rig.info));
-    rig.device->nodeMap().setEnum("GainAuto", "Off");
-    QSignalSpy changed(&rig.model, &ColorCorrectionModel::GainValueChanged);
-    ASSERT_TRUE(rig.model.SetGainValue(2.5));
-    EXPECT_EQ(rig.device->nodeMap().getInteger("GainRaw"), 250);
-    EXPECT_DOUBLE_EQ(rig.model.GetGainValue(), 2.5);
+    SessionRig rig(SessionRig::kCustom);
+    ASSERT_TRUE(rig.model().Open(rig.info()));
+    rig.device().nodeMap().setEnum("GainAuto", "Off");
+    QSignalSpy changed(&rig.model(), &ColorCorrectionModel::GainValueChanged);
+    ASSERT_TRUE(rig.model().SetGainValue(2.5));
+    EXPECT_EQ(rig.device().nodeMap().getInteger("GainRaw"), 250);
+    EXPECT_DOUBLE_EQ(rig.model().GetGainValue(), 2.5);
     double lo, v, hi;
-    ASSERT_TRUE(rig.model.GetGainRange(lo, v, hi));
+    ASSERT_TRUE(rig.model().GetGainRange(lo, v, hi));
     EXPECT_DOUBLE_EQ(v, 2.5);
-    EXPECT_DOUBLE_EQ(hi, rig.device->nodeMap().integerMax("GainRaw") / 100.0);
+    EXPECT_DOUBLE_EQ(hi, rig.device().nodeMap().integerMax("GainRaw") / 100.0);
     // The change notification multiplies instead.
     ASSERT_TRUE(changed.count() > 0 || changed.wait(2000));
     EXPECT_DOUBLE_EQ(changed.last().at(0).toDouble(), 25000.0);
-    rig.model.Close();
+    rig.model().Close();
 }
 
 TEST(Session, StoredGridFollowsTheImageSize)
 {
-    SessionRig rig("emu-cmed-0", 960, 600);
-    ASSERT_TRUE(rig.model.Open(rig.info));
+    SessionRig rig(SessionRig::kMedical, 960, 600);
+    ASSERT_TRUE(rig.model().Open(rig.info()));
     // Nothing stored yet: 10 % to 90 % of the image.
-    EXPECT_EQ(rig.model.GetGridPosition().getTopLeft(), QPoint(96, 60));
-    EXPECT_EQ(rig.model.GetGridPosition().getBottomRight(), QPoint(864, 540));
-    rig.model.SetGridPositon(CTrapezoid(QPoint(100, 50), QPoint(700, 60), QPoint(110, 500), QPoint(690, 510)));
-    ASSERT_TRUE(rig.model.Close());
+    EXPECT_EQ(rig.model().GetGridPosition().getTopLeft(), QPoint(96, 60));
+    EXPECT_EQ(rig.model().GetGridPosition().getBottomRight(), QPoint(864, 540));
+    rig.model().SetGridPositon(CTrapezoid(QPoint(100, 50), QPoint(700, 60), QPoint(110, 500), QPoint(690, 510)));
+    ASSERT_TRUE(rig.model().Close());
 
     rig.resize(480, 300);
-    ASSERT_TRUE(rig.model.Open(rig.info));
-    const CTrapezoid g = rig.model.GetGridPosition();
+    ASSERT_TRUE(rig.model().Open(rig.info()));
+    const CTrapezoid g = rig.model().GetGridPosition();
     EXPECT_EQ(g.getTopLeft(), QPoint(50, 25));
     EXPECT_EQ(g.getTopRight(), QPoint(350, 30));
     EXPECT_EQ(g.getBottomLeft(), QPoint(55, 250));
     EXPECT_EQ(g.getBottomRight(), QPoint(345, 255));
-    rig.model.Close();
+    rig.model().Close();
     QSettings settings;
     EXPECT_TRUE(settings.childGroups().contains("ColCalPlugin"));
 }
 
 TEST(Session, UserSetListLeavesOutTheDefaultSet)
 {
-    SessionRig rig("emu-cmed-0");
-    ASSERT_TRUE(rig.model.Open(rig.info));
-    const QJsonArray sets = rig.model.GetAvailableUserSetsJson().value("UserSets").toArray();
+    SessionRig rig(SessionRig::kMedical);
+    ASSERT_TRUE(rig.model().Open(rig.info()));
+    const QJsonArray sets = rig.model().GetAvailableUserSetsJson().value("UserSets").toArray();
     ASSERT_EQ(sets.size(), 3);
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(sets[i].toObject().value("userset").toString(), QString("UserSet%1").arg(i + 1));
         EXPECT_FALSE(sets[i].toObject().value("DisplayName").toString().isEmpty());
     }
-    ASSERT_TRUE(rig.model.StoreSettingsInUserSet("UserSet2", true));
-    EXPECT_EQ(rig.device->nodeMap().getEnum("UserSetDefault"), "UserSet2");
-    rig.model.Close();
+    ASSERT_TRUE(rig.model().StoreSettingsInUserSet("UserSet2", true));
+    EXPECT_EQ(rig.device().nodeMap().getEnum("UserSetDefault"), "UserSet2");
+    rig.model().Close();
 }
 
+// A failed operation logs the session's text for it, then the reason, both in
+// the session's category, which can be switched off as QT_LOGGING_RULES would.
 TEST(Session, FailedOperationLogsItsTextAndTheReason)
 {
-    SessionRig rig("emu-cmed-0");
-    ASSERT_TRUE(rig.model.Open(rig.info));
-    rig.model.SetGridPositon(CTrapezoid(QPoint(0, 0), QPoint(2, 0), QPoint(0, 2), QPoint(2, 2)));  // no patch fits
-    g_log.clear();
-    auto previous = qInstallMessageHandler(captureLog);
-    EXPECT_FALSE(rig.model.ExecuteWhitebalance());
-    qInstallMessageHandler(previous);
-    ASSERT_EQ(g_log.size(), 2) << g_log.join(" | ").toStdString();
-    EXPECT_TRUE(g_log[0].startsWith("@{") && g_log[0].endsWith("};Whitebalance failed!")) << g_log[0].toStdString();
-    EXPECT_TRUE(g_log[1].endsWith(";ExecuteWhitebalance: 0 of 24 patches measured")) << g_log[1].toStdString();
-    rig.model.Close();
+    struct Failure {
+        const char* name;
+        std::function<bool(ColorCorrectionModel&)> operation;
+        const char* text;
+        const char* reason;
+    };
+    const Failure failures[] = {
+        {"white balance without the chart",
+         [](ColorCorrectionModel& m) {
+             m.SetGridPositon(CTrapezoid(QPoint(0, 0), QPoint(2, 0), QPoint(0, 2), QPoint(2, 2)));  // no patch fits
+             return m.ExecuteWhitebalance();
+         },
+         "};Whitebalance failed!", ";ExecuteWhitebalance: 0 of 24 patches measured"},
+        {"settings of which nothing fits",
+         [](ColorCorrectionModel& m) { return m.LoadSettings(QString("\x89PNG\r\n")); },
+         "};Error: Load settings to camera failed.",
+         ";LoadSettings: Camera settings not applied, not one line fits this camera: line 1"},
+    };
+    for (const Failure& f : failures) {
+        SessionRig rig(SessionRig::kMedical);
+        ASSERT_TRUE(rig.model().Open(rig.info()));
+        Warnings warnings;
+        EXPECT_FALSE(f.operation(rig.model())) << f.name;
+        ASSERT_EQ(warnings.lines.size(), 2) << f.name << ": " << warnings.text();
+        EXPECT_TRUE(warnings.lines[0].startsWith("@{") && warnings.lines[0].endsWith(f.text)) << warnings.text();
+        EXPECT_TRUE(warnings.lines[1].contains(f.reason)) << warnings.text();
+        EXPECT_EQ(warnings.categories, QStringList({"colcal.session", "colcal.session"})) << f.name;
+        warnings.take();
+        QLoggingCategory::setFilterRules(QStringLiteral("colcal.session.warning=false"));
+        EXPECT_FALSE(f.operation(rig.model())) << f.name;
+        QLoggingCategory::setFilterRules(QString());
+        EXPECT_TRUE(warnings.lines.isEmpty()) << f.name << ": lines despite the rule: " << warnings.text();
+    }
+}
+
+TEST(Session, SettingsTextIsAppliedLineByLineWithAWarningPerRejectedLine)
+{
+    SessionRig rig(SessionRig::kMedical);
+    ColorCorrectionModel& m = rig.model();
+    ASSERT_TRUE(m.Open(rig.info()));
+    Warnings warnings;
+    EXPECT_TRUE(m.LoadSettings(QString("BlackLevel\t3\nNoSuchFeature\t1\nGamma\t99\nGamma\t0.8\n")));
+    EXPECT_DOUBLE_EQ(rig.device().nodeMap().getFloat("BlackLevel"), 3.0);
+    EXPECT_DOUBLE_EQ(rig.device().nodeMap().getFloat("Gamma"), 0.8);
+    ASSERT_EQ(warnings.lines.size(), 2) << warnings.text();
+    EXPECT_TRUE(warnings.lines[0].endsWith(";LoadSettings: line 2: NoSuchFeature: unknown feature")) << warnings.text();
+    EXPECT_TRUE(warnings.lines[1].contains(";LoadSettings: line 3: Gamma: ")) << warnings.text();
 }
 
 TEST(Session, ColourConversionsRoundTrip)
@@ -388,42 +362,13 @@ TEST(Session, ColourConversionsRoundTrip)
     EXPECT_NEAR(ColorCorrectionModelImpl::convertQColorsToMatrix(colours, false)(23, 0), 255.0, 1e-9);
 }
 
-// Processes events until `done` holds or `timeoutMs` passed; returns `done()`.
-template <class F>
-bool waitUntil(F done, int timeoutMs)
-{
-    QElapsedTimer timer;
-    timer.start();
-    while (!done() && timer.elapsed() < timeoutMs)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-    return done();
-}
-
-/// Open, first grab behind us (its wait is the short one), grid on the chart,
-/// backup taken and the camera neutralised. Returns the settings text of the
-/// opened camera, which a cancel must bring back.
-QString openAndNeutralise(SessionRig& rig)
-{
-    ColorCorrectionModel& m = rig.model;
-    if (!m.Open(rig.info))
-        return {};
-    QImage live;
-    for (int i = 0; i < 3 && !m.GrabImage(live, true); ++i) {
-    }
-    m.SetGridPositon(rig.grid());
-    const QString opened = rig.settingsText();
-    if (!m.CreateSettingsBackup(false) || !m.SetNeutralSettings())
-        return {};
-    return opened;
-}
-
 TEST(Session, SecondAutoWhileTheFirstStillRunsReplacesItWithoutDeadlock)
 {
-    SessionRig rig("emu-cmed-0");
-    ColorCorrectionModel& m = rig.model;
-    ASSERT_FALSE(openAndNeutralise(rig).isEmpty());
-    rig.device->nodeMap().setFloat("ExposureTime", 400.0);  // far too dark: every loop runs many rounds
-    rig.device->setExtraFrameDelayMs(100);                  // the loop spends most of a round measuring
+    SessionRig rig(SessionRig::kMedical);
+    ColorCorrectionModel& m = rig.model();
+    ASSERT_FALSE(rig.openAndNeutralise().isEmpty());
+    rig.device().nodeMap().setFloat("ExposureTime", 400.0);  // far too dark: every loop runs many rounds
+    rig.device().setExtraFrameDelayMs(100);                  // the loop spends most of a round measuring
     QSignalSpy finished(&m, &ColorCorrectionModel::AutoAdjustGray80PercentPatchFinished);
     ASSERT_TRUE(m.AutoAdjustGray80PercentPatch());
     // Each new start lands somewhere in the running loop's round: while it waits
@@ -437,51 +382,23 @@ TEST(Session, SecondAutoWhileTheFirstStillRunsReplacesItWithoutDeadlock)
         }
         done = true;
     });
-    if (!waitUntil([&] { return done.load(); }, 120000)) {
+    if (!QTest::qWaitFor([&] { return done.load(); }, 120000)) {
         std::fprintf(stderr, "A second automatic brightness deadlocked the session.\n");
         std::_Exit(1);  // the stuck threads cannot be joined
     }
     user.join();
     EXPECT_EQ(started.load(), 10);
-    rig.device->setExtraFrameDelayMs(0);
+    rig.device().setExtraFrameDelayMs(0);
     // Every replaced loop and the last one report their end.
-    EXPECT_TRUE(waitUntil([&] { return finished.count() >= 11; }, 60000)) << finished.count();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return finished.count() >= 11; }, 60000)) << finished.count();
     EXPECT_TRUE(m.Close());
-}
-
-TEST(Session, SettingsTextIsAppliedLineByLineWithAWarningPerRejectedLine)
-{
-    SessionRig rig("emu-cmed-0");
-    ColorCorrectionModel& m = rig.model;
-    ASSERT_TRUE(m.Open(rig.info));
-    g_log.clear();
-    auto previous = qInstallMessageHandler(captureLog);
-    const bool mixed = m.LoadSettings(QString("BlackLevel\t3\nNoSuchFeature\t1\nGamma\t99\nGamma\t0.8\n"));
-    const QStringList warnings = g_log;
-    g_log.clear();
-    const bool junk = m.LoadSettings(QString("\x89PNG\r\n"));
-    const QStringList junkWarnings = g_log;
-    qInstallMessageHandler(previous);
-
-    EXPECT_TRUE(mixed);
-    EXPECT_DOUBLE_EQ(rig.device->nodeMap().getFloat("BlackLevel"), 3.0);
-    EXPECT_DOUBLE_EQ(rig.device->nodeMap().getFloat("Gamma"), 0.8);
-    ASSERT_EQ(warnings.size(), 2) << warnings.join(" | ").toStdString();
-    EXPECT_TRUE(warnings[0].endsWith(";LoadSettings: line 2: NoSuchFeature: unknown feature")) << warnings[0].toStdString();
-    EXPECT_TRUE(warnings[1].contains(";LoadSettings: line 3: Gamma: ")) << warnings[1].toStdString();
-    // Nothing of it fits: the step fails with the session's text and the reason.
-    EXPECT_FALSE(junk);
-    ASSERT_EQ(junkWarnings.size(), 2) << junkWarnings.join(" | ").toStdString();
-    EXPECT_TRUE(junkWarnings[0].endsWith(";Error: Load settings to camera failed."));
-    EXPECT_TRUE(junkWarnings[1].contains("line 1")) << junkWarnings[1].toStdString();
-    m.Close();
 }
 
 TEST(Session, CloseForgetsPatchColoursAndImages)
 {
-    SessionRig rig("emu-cmed-0");
-    ColorCorrectionModel& m = rig.model;
-    ASSERT_FALSE(openAndNeutralise(rig).isEmpty());
+    SessionRig rig(SessionRig::kMedical);
+    ColorCorrectionModel& m = rig.model();
+    ASSERT_FALSE(rig.openAndNeutralise().isEmpty());
     ASSERT_TRUE(m.ApplyInitialCameraImageAndPatchValues());
     QVector<QColor> values;
     ASSERT_EQ(m.GetColorPatchValues(values, true), 24);
@@ -508,17 +425,18 @@ TEST(Session, CloseForgetsPatchColoursAndImages)
 TEST(Session, ConnectionLossIsHeardOnceAndOnlyWhileTheCameraIsOpen)
 {
     for (const bool openAtLoss : {true, false}) {
-        SessionRig rig("emu-cmed-0");
-        ColorCorrectionModel& m = rig.model;
+        SessionRig rig(SessionRig::kMedical);
+        ColorCorrectionModel& m = rig.model();
         QSignalSpy removed(&m, &ColorCorrectionModel::cameraRemoved);
         for (int round = 0; round < 2; ++round) {
-            ASSERT_TRUE(m.Open(rig.info));
+            ASSERT_TRUE(m.Open(rig.info()));
             ASSERT_TRUE(m.Close());
         }
-        if (openAtLoss)
-            ASSERT_TRUE(m.Open(rig.info));
-        rig.device->disconnect();
-        waitUntil([&] { return removed.count() > 0; }, openAtLoss ? 2000 : 300);
+        if (openAtLoss) {
+            ASSERT_TRUE(m.Open(rig.info()));
+        }
+        rig.device().disconnect();
+        (void)QTest::qWaitFor([&] { return removed.count() > 0; }, openAtLoss ? 2000 : 300);
         QCoreApplication::processEvents();
         EXPECT_EQ(removed.count(), openAtLoss ? 1 : 0) << "open at loss " << openAtLoss;
         m.Close();
@@ -527,10 +445,10 @@ TEST(Session, ConnectionLossIsHeardOnceAndOnlyWhileTheCameraIsOpen)
 
 TEST(Session, UserSetIsSavedAndMadeTheStartUpSetOnlyWhenAsked)
 {
-    SessionRig rig("emu-cmed-0");
-    ColorCorrectionModel& m = rig.model;
-    Kalto::CNodeMap& map = rig.device->nodeMap();
-    ASSERT_TRUE(m.Open(rig.info));
+    SessionRig rig(SessionRig::kMedical);
+    ColorCorrectionModel& m = rig.model();
+    Kalto::CNodeMap& map = rig.device().nodeMap();
+    ASSERT_TRUE(m.Open(rig.info()));
     for (const bool setAsDefault : {false, true}) {
         const double gamma = setAsDefault ? 0.6 : 0.8;
         map.setFloat("Gamma", gamma);
@@ -570,11 +488,11 @@ TEST_P(InterruptedOperationTest, CancelOrCloseInTheMiddleActsAfterTheOperation)
 {
     const LongOperation& operation = kLongOperations[std::get<0>(GetParam())];
     const Interruption interruption = std::get<1>(GetParam());
-    SessionRig rig("emu-cmed-0");
-    ColorCorrectionModel& m = rig.model;
-    const QString opened = openAndNeutralise(rig);
+    SessionRig rig(SessionRig::kMedical);
+    ColorCorrectionModel& m = rig.model();
+    const QString opened = rig.openAndNeutralise();
     ASSERT_FALSE(opened.isEmpty());
-    rig.device->setExtraFrameDelayMs(400);  // every grab now waits in its event loop
+    rig.device().setExtraFrameDelayMs(400);  // every grab now waits in its event loop
 
     bool interrupted = false, accepted = false;
     QTimer::singleShot(150, &m, [&] {
@@ -582,7 +500,7 @@ TEST_P(InterruptedOperationTest, CancelOrCloseInTheMiddleActsAfterTheOperation)
         interrupted = true;
     });
     operation.run(m);
-    ASSERT_TRUE(waitUntil([&] { return interrupted; }, 10000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return interrupted; }, 10000));
     EXPECT_TRUE(accepted);
     QThread::msleep(500);  // whatever was still to come has come
     QCoreApplication::processEvents();
@@ -594,8 +512,8 @@ TEST_P(InterruptedOperationTest, CancelOrCloseInTheMiddleActsAfterTheOperation)
         EXPECT_EQ(m.GetExposureTimeValue(), -1.0) << operation.name;  // closed
     }
     // The camera is free again for the next session.
-    rig.device->setExtraFrameDelayMs(0);
-    ASSERT_TRUE(m.Open(rig.info)) << operation.name;
+    rig.device().setExtraFrameDelayMs(0);
+    ASSERT_TRUE(m.Open(rig.info())) << operation.name;
     EXPECT_GT(m.GetExposureTimeValue(), 0.0);
     EXPECT_TRUE(m.Close());
 }

@@ -42,6 +42,15 @@ Limits readLimits(const IParameterCollection* parameters, const char* lowerName,
     return {read(lowerName, -HUGE_VAL), read(upperName, HUGE_VAL)};
 }
 
+// Writes `value` kept within `limits`; false when it had to be kept in.
+template <class Write>
+bool writeWithin(double value, const Limits& limits, Write write)
+{
+    const double kept = std::clamp(value, limits.lower, limits.upper);
+    write(kept);
+    return kept == value;
+}
+
 }  // namespace
 
 CameraAutoBrightnessHelper::CameraAutoBrightnessHelper(CalibrationInterface* calibration,
@@ -127,12 +136,9 @@ void CameraAutoBrightnessHelper::adjust()
                                 .arg(kDamping * error, 0, 'g')
                                 .arg(exposure, 0, 'g')
                                 .arg(newExposure, 0, 'g'));
-            if (newExposure >= exposureLimits.lower && newExposure <= exposureLimits.upper) {
-                m_calibration->SetExposureTimeValue(newExposure);
-            } else {
-                m_calibration->SetExposureTimeValue(std::clamp(newExposure, exposureLimits.lower, exposureLimits.upper));
-                exposureMode = false;
-            }
+            // At the exposure limit gain takes over.
+            exposureMode = writeWithin(newExposure, exposureLimits,
+                                       [this](double v) { m_calibration->SetExposureTimeValue(v); });
         } else {
             const double added = gainFactor * kDamping * 10.0 * std::log(ratio);
             const double newGain = gain + added;
@@ -141,12 +147,9 @@ void CameraAutoBrightnessHelper::adjust()
                                 .arg(gain, 0, 'g')
                                 .arg(newGain, 0, 'g')
                                 .arg(added, 0, 'g'));
-            if (newGain >= gainLimits.lower && newGain <= gainLimits.upper) {
-                m_calibration->SetGainValue(newGain);
-            } else {
-                m_calibration->SetGainValue(std::clamp(newGain, gainLimits.lower, gainLimits.upper));
+            // At the gain limit there is nothing left to turn.
+            if (!writeWithin(newGain, gainLimits, [this](double v) { m_calibration->SetGainValue(v); }))
                 m_running = false;
-            }
         }
 
         pause();

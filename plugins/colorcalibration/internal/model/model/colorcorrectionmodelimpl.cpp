@@ -6,6 +6,8 @@
 #include "colorcalibrationv1.h"
 #include "colorspace.h"
 #include "convertingimagecamera.h"
+#include "exposuregaincontrol.h"
+#include "gridpositionstore.h"
 #include "modellog.h"
 #include "original.h"
 #include "colorchecker.h"
@@ -16,13 +18,10 @@
 #include "camerapool/icamerastatusservice.h"
 #include "core/baseexception.h"
 #include "parametercollection/enumparameter.h"
-#include "parametercollection/floatparameter.h"
 #include "parametercollection/integerparameter.h"
 #include "parametercollection/iparametercollection.h"
 
 #include <QJsonArray>
-#include <QPointF>
-#include <QSettings>
 #include <QTextStream>
 #include <QVersionNumber>
 
@@ -31,7 +30,6 @@
 #include <utility>
 
 using ParameterCollection::EnumParameterName;
-using ParameterCollection::FloatParameterName;
 using ParameterCollection::IntegerParameterName;
 
 namespace {
@@ -219,9 +217,7 @@ void ColorCorrectionModelImpl::deleteCameraObjects()
     m_result = nullptr;
     delete m_cameraJustify;
     m_cameraJustify = nullptr;
-    m_exposureTime.clear();
-    m_gain.clear();
-    m_gainRaw.clear();
+    m_exposureGain.reset();
     m_poolCamera.clear();
 }
 
@@ -287,12 +283,10 @@ bool ColorCorrectionModelImpl::Close()
             else
                 m_controlService->releaseCamera(camera);
         }
-        if (m_gain)
-            disconnect(m_gain.data(), nullptr, this, nullptr);
-        else if (m_gainRaw)
-            disconnect(m_gainRaw.data(), nullptr, this, nullptr);
-        if (m_exposureTime)
-            disconnect(m_exposureTime.data(), nullptr, this, nullptr);
+        if (m_exposureGain) {
+            disconnect(m_exposureGain->gainParameter(), nullptr, this, nullptr);
+            disconnect(m_exposureGain->exposureParameter(), nullptr, this, nullptr);
+        }
         deleteCameraObjects();
         return true;
     });
@@ -300,26 +294,10 @@ bool ColorCorrectionModelImpl::Close()
 
 void ColorCorrectionModelImpl::initializeNodemapConnections()
 {
-    const auto params = m_camera->getParameterCollection();
-    if (!params)
-        throw Core::Exception::BaseException("No parameter collection");
-    if (params->sfncVersion() < kSfnc2) {
-        m_gainRaw = params->parameter(IntegerParameterName("GainRaw"));
-        m_gain.clear();
-        connect(m_gainRaw.data(), &ParameterCollection::Parameter::parameterDataChangedDecoupled, this,
-                &ColorCorrectionModelImpl::onGainValueChanged);
-    } else {
-        m_gain = params->parameter(FloatParameterName("Gain"));
-        if (m_gain->isNull())
-            m_gain = params->parameter(FloatParameterName("GainAbs"));
-        m_gainRaw.clear();
-        connect(m_gain.data(), &ParameterCollection::Parameter::parameterDataChangedDecoupled, this,
-                &ColorCorrectionModelImpl::onGainValueChanged);
-    }
-    m_exposureTime = params->parameter(FloatParameterName("ExposureTimeAbs"));
-    if (m_exposureTime->isNull())
-        m_exposureTime = params->parameter(FloatParameterName("ExposureTime"));
-    connect(m_exposureTime.data(), &ParameterCollection::Parameter::parameterDataChangedDecoupled, this,
+    m_exposureGain = std::make_unique<ExposureGainControl>(m_camera->getParameterCollection());
+    connect(m_exposureGain->gainParameter(), &ParameterCollection::Parameter::parameterDataChangedDecoupled, this,
+            &ColorCorrectionModelImpl::onGainValueChanged);
+    connect(m_exposureGain->exposureParameter(), &ParameterCollection::Parameter::parameterDataChangedDecoupled, this,
             &ColorCorrectionModelImpl::onExposureTimeValueChanged);
 }
 
@@ -343,11 +321,8 @@ void ColorCorrectionModelImpl::onExposureTimeValueChanged(QVariant data)
 
 void ColorCorrectionModelImpl::onGainValueChanged(QVariant data)
 {
-    // The raw notification is multiplied, not divided as GetGainValue does; kept as designed.
-    if (m_gainRaw && !m_gain)
-        emit GainValueChanged(data.toLongLong() * 100.0);
-    else
-        emit GainValueChanged(data.toDouble());
+    if (m_exposureGain)
+        emit GainValueChanged(m_exposureGain->notifiedGain(data.toDouble()));
 }
 
 // ------------------------------------------------------------------- grabbing
@@ -509,12 +484,7 @@ bool ColorCorrectionModelImpl::GetExposureTimeRange(double& min, double& value, 
 {
     Call call(*this);
     return guarded("GetExposureTimeRange", "Error: Failed to read the exposure time.", false, [&] {
-        if (!isCameraOpen() || !m_exposureTime || m_exposureTime->isNull() || !m_exposureTime->isReadable())
-            return false;
-        min = m_exposureTime->minimum();
-        value = m_exposureTime->value();
-        max = m_exposureTime->maximum();
-        return true;
+        return isCameraOpen() && m_exposureGain && m_exposureGain->exposureRange(min, value, max);
     });
 }
 
@@ -522,10 +492,7 @@ bool ColorCorrectionModelImpl::SetExposureTimeValue(double exposureUs)
 {
     Call call(*this);
     return guarded("SetExposureTimeValue", "Error: Failed to set the exposure time.", false, [&] {
-        if (!isCameraOpen() || !m_exposureTime || m_exposureTime->isNull() || !m_exposureTime->isWritable())
-            return false;
-        m_exposureTime->setValue(exposureUs);
-        return true;
+        return isCameraOpen() && m_exposureGain && m_exposureGain->setExposure(exposureUs);
     });
 }
 
@@ -533,9 +500,8 @@ double ColorCorrectionModelImpl::GetExposureTimeValue()
 {
     Call call(*this);
     return guarded("GetExposureTimeValue", "Error: Failed to read the exposure time.", -1.0, [&] {
-        if (!isCameraOpen() || !m_exposureTime || m_exposureTime->isNull() || !m_exposureTime->isReadable())
-            return -1.0;
-        return m_exposureTime->value();
+        double min, value, max;
+        return isCameraOpen() && m_exposureGain && m_exposureGain->exposureRange(min, value, max) ? value : -1.0;
     });
 }
 
@@ -543,21 +509,7 @@ bool ColorCorrectionModelImpl::GetGainRange(double& min, double& value, double& 
 {
     Call call(*this);
     return guarded("GetGainRange", "Error: Failed to read the gain.", false, [&] {
-        if (!isCameraOpen())
-            return false;
-        if (m_gain && !m_gain->isNull() && m_gain->isReadable()) {
-            min = m_gain->minimum();
-            value = m_gain->value();
-            max = m_gain->maximum();
-            return true;
-        }
-        if (m_gainRaw && !m_gainRaw->isNull() && m_gainRaw->isReadable()) {
-            min = m_gainRaw->minimum() / 100.0;
-            value = m_gainRaw->value() / 100.0;
-            max = m_gainRaw->maximum() / 100.0;
-            return true;
-        }
-        return false;
+        return isCameraOpen() && m_exposureGain && m_exposureGain->gainRange(min, value, max);
     });
 }
 
@@ -565,19 +517,7 @@ bool ColorCorrectionModelImpl::SetGainValue(double gain)
 {
     Call call(*this);
     return guarded("SetGainValue", "Error: Failed to set the gain.", false, [&] {
-        if (!isCameraOpen())
-            return false;
-        if (m_gain && !m_gain->isNull()) {
-            if (!m_gain->isWritable())
-                return false;
-            m_gain->setValue(gain);
-            return true;
-        }
-        if (m_gainRaw && !m_gainRaw->isNull() && m_gainRaw->isWritable()) {
-            m_gainRaw->setValue(static_cast<qint64>(gain * 100.0));
-            return true;
-        }
-        return false;
+        return isCameraOpen() && m_exposureGain && m_exposureGain->setGain(gain);
     });
 }
 
@@ -585,13 +525,8 @@ double ColorCorrectionModelImpl::GetGainValue()
 {
     Call call(*this);
     return guarded("GetGainValue", "Error: Failed to read the gain.", -1.0, [&] {
-        if (!isCameraOpen())
-            return -1.0;
-        if (m_gain && !m_gain->isNull() && m_gain->isReadable())
-            return m_gain->value();
-        if (m_gainRaw && !m_gainRaw->isNull() && m_gainRaw->isReadable())
-            return m_gainRaw->value() / 100.0;
-        return -1.0;
+        double min, value, max;
+        return isCameraOpen() && m_exposureGain && m_exposureGain->gainRange(min, value, max) ? value : -1.0;
     });
 }
 
@@ -906,9 +841,9 @@ QJsonObject ColorCorrectionModelImpl::GetCalibrationsResultsJson()
 
 // ----------------------------------------------------------- grid persistence
 
-QString ColorCorrectionModelImpl::settingsGroup() const
+QString ColorCorrectionModelImpl::cameraText() const
 {
-    return QString("GridPosition %1").arg(m_cameraInfo ? m_cameraInfo->identifyingText() : QString());
+    return m_cameraInfo ? m_cameraInfo->identifyingText() : QString();
 }
 
 void ColorCorrectionModelImpl::storeLastGridPosition()
@@ -921,15 +856,7 @@ void ColorCorrectionModelImpl::storeLastGridPosition()
         const double h = params->parameter(IntegerParameterName("Height"))->value();
         if (w <= 0 || h <= 0)
             return false;
-        const CTrapezoid grid = m_discriminator->getGridPosition();
-        QSettings settings;
-        settings.beginGroup("ColCalPlugin");
-        settings.beginGroup(settingsGroup());
-        auto fraction = [&](const QPoint& p) { return QPointF(p.x() / w, p.y() / h); };
-        settings.setValue("TopLeft", fraction(grid.getTopLeft()));
-        settings.setValue("TopRight", fraction(grid.getTopRight()));
-        settings.setValue("BottomRight", fraction(grid.getBottomRight()));
-        settings.setValue("BottomLeft", fraction(grid.getBottomLeft()));
+        GridPositionStore::store(cameraText(), m_discriminator->getGridPosition(), w, h);
         return true;
     });
 }
@@ -942,20 +869,7 @@ void ColorCorrectionModelImpl::restoreLastGridPosition()
         const auto height = params->parameter(IntegerParameterName("Height"));
         if (!width->isReadable() || !height->isReadable())
             throw Core::Exception::BaseException("Width or Height is not readable");
-        const double w = width->value(), h = height->value();
-        QSettings settings;
-        settings.beginGroup("ColCalPlugin");
-        settings.beginGroup(settingsGroup());
-        auto point = [&](const char* key, QPointF fallback) {
-            const QPointF f = settings.value(key, fallback).toPointF();
-            return QPoint(qRound(f.x() * w), qRound(f.y() * h));
-        };
-        CTrapezoid grid;
-        grid.setTopLeft(point("TopLeft", {0.1, 0.1}));
-        grid.setTopRight(point("TopRight", {0.9, 0.1}));
-        grid.setBottomRight(point("BottomRight", {0.9, 0.9}));
-        grid.setBottomLeft(point("BottomLeft", {0.1, 0.9}));
-        SetGridPositon(grid);
+        SetGridPositon(GridPositionStore::restore(cameraText(), width->value(), height->value()));
         return true;
     });
 }

@@ -15,6 +15,7 @@
 #include <dlib/matrix.h>
 
 #include <functional>
+#include <memory>
 #include <mutex>
 
 class CalibrationResult;
@@ -22,11 +23,7 @@ class CameraJustify;
 class ChartDiscriminator;
 class ColorCalibrationV1;
 class ConvertingImageCamera;
-
-namespace ParameterCollection {
-class FloatParameter;
-class IntegerParameter;
-}  // namespace ParameterCollection
+class ExposureGainControl;
 
 namespace Plugin {
 namespace CameraPool {
@@ -144,16 +141,14 @@ private:
     void storeLastGridPosition();
     void restoreLastGridPosition();
     void deleteCameraObjects();
-    QString settingsGroup() const;
+    QString cameraText() const;
 
     QPointer<ConvertingImageCamera> m_camera;
     bool m_exclusiveAccess = false;
     bool m_connectionLost = false;
     CameraJustify* m_cameraJustify = nullptr;
     ColorCalibrationV1* m_engine;
-    QSharedPointer<ParameterCollection::FloatParameter> m_exposureTime;
-    QSharedPointer<ParameterCollection::IntegerParameter> m_gainRaw;
-    QSharedPointer<ParameterCollection::FloatParameter> m_gain;
+    std::unique_ptr<ExposureGainControl> m_exposureGain;
     ChartDiscriminator* m_discriminator;
     QVector<QColor> m_calibrationInput;
     QVector<QColor> m_currentValues;

@@ -1,12 +1,16 @@
 #pragma once
 
 #include <QCoreApplication>
-#include <QDebug>
+#include <QLoggingCategory>
 #include <QString>
 
-// User-facing log lines of the camera-control classes: category "default",
-// "@{source};message", both UTF-8, so that the host's log window can split
-// them.
+/// The calibration session's log lines (camera control, automatic
+/// brightness, result writes): QT_LOGGING_RULES="colcal.session.debug=false"
+/// keeps its step-by-step lines out.
+Q_DECLARE_LOGGING_CATEGORY(lcSession)
+
+// User-facing log lines of the camera-control classes: "@{source};message",
+// both UTF-8, so that the host's log window can split them.
 namespace modellog {
 
 inline QByteArray sourceTag()
@@ -16,12 +20,12 @@ inline QByteArray sourceTag()
 
 inline void debug(const QString& message)
 {
-    qDebug("@{%s};%s", sourceTag().constData(), message.toUtf8().constData());
+    qCDebug(lcSession, "@{%s};%s", sourceTag().constData(), message.toUtf8().constData());
 }
 
 inline void warning(const QString& message)
 {
-    qWarning("@{%s};%s", sourceTag().constData(), message.toUtf8().constData());
+    qCWarning(lcSession, "@{%s};%s", sourceTag().constData(), message.toUtf8().constData());
 }
 
 }  // namespace modellog
