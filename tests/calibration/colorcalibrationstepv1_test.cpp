@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <iterator>
 #include <limits>
 
 namespace {
@@ -21,24 +22,22 @@ public:
 
 TEST(ColorCalibrationStepV1, ClipTurnsNaNIntoSaturation)
 {
+    const double inf = std::numeric_limits<double>::infinity();
+    const struct {
+        double in, out;
+    } cases[] = {
+        {-3.0, 0.0}, {300.0, 255.0}, {std::numeric_limits<double>::quiet_NaN(), 255.0}, {17.5, 17.5}, {inf, 255.0},
+        {-inf, 0.0},
+    };
     ColorChecker cc;
     ClipOnly step(&cc);
     dlib::matrix<double, 24, 3> chart = dlib::zeros_matrix<double>(24, 3);
-    chart(0, 0) = -3.0;
-    chart(0, 1) = 300.0;
-    chart(0, 2) = std::numeric_limits<double>::quiet_NaN();
-    chart(1, 0) = 17.5;
-    chart(1, 1) = std::numeric_limits<double>::infinity();
-    chart(1, 2) = -std::numeric_limits<double>::infinity();
+    for (long k = 0; k < long(std::size(cases)); ++k)
+        chart(k, k % 3) = cases[k].in;
     step.SetOutputChart(chart);
     step.Run();
-    const auto& out = step.GetOutputChart();
-    EXPECT_EQ(out(0, 0), 0.0);
-    EXPECT_EQ(out(0, 1), 255.0);
-    EXPECT_EQ(out(0, 2), 255.0);
-    EXPECT_EQ(out(1, 0), 17.5);
-    EXPECT_EQ(out(1, 1), 255.0);
-    EXPECT_EQ(out(1, 2), 0.0);
+    for (long k = 0; k < long(std::size(cases)); ++k)
+        EXPECT_EQ(step.GetOutputChart()(k, k % 3), cases[k].out) << cases[k].in;
 }
 
 TEST(ColorCalibrationStepV1, TargetChartHasNoError)
@@ -84,12 +83,12 @@ TEST(DigitalGain, ScalesReferenceGreyToTarget)
     double gain = 0;
     step.GetDigitalGain(gain);
     EXPECT_EQ(gain, 2.0);
-    const auto& out = step.GetOutputChart();
-    EXPECT_EQ(out(19, 0), 150.0);
-    EXPECT_EQ(out(19, 1), 120.0);
-    EXPECT_EQ(out(19, 2), 100.0);
-    EXPECT_EQ(out(5, 1), 255.0);
-    EXPECT_EQ(out(0, 0), 20.0);
+    const struct {
+        long patch, channel;
+        double value;
+    } expected[] = {{19, 0, 150.0}, {19, 1, 120.0}, {19, 2, 100.0}, {5, 1, 255.0}, {0, 0, 20.0}};
+    for (const auto& e : expected)
+        EXPECT_EQ(step.GetOutputChart()(e.patch, e.channel), e.value) << e.patch << "," << e.channel;
 
     step.SetInputChart(dlib::zeros_matrix<double>(24, 3));
     step.Run();

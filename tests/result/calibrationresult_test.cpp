@@ -153,16 +153,19 @@ TEST(CalibrationResult, ParserFollowsSelectors)
     CalibrationResult r("cam");
     QString text = kSettings;
     const QJsonObject b = r.ParseSettings(text);
-    EXPECT_EQ(b["BlackLevel"].toString(), "4");
-    EXPECT_EQ(b["Gamma"].toString(), "0.45");
-    EXPECT_EQ(b["HSBC"].toObject()["Hue"].toString(), "3");
-    EXPECT_TRUE(b["HSBC"].toObject()["Contrast"].isNull());
-    EXPECT_EQ(b["WhiteBalance"].toObject()["Blue"].toString(), "2.25");
-    EXPECT_EQ(b["Matrix"].toObject()["Gain00"].toString(), "1.25");
-    EXPECT_TRUE(b["Matrix"].toObject()["Gain11"].isNull());
-    EXPECT_EQ(b["BC6x2"].toObject()["Hue"].toObject()["Cyan"].toString(), "-0.5");
-    EXPECT_EQ(b["BC6x2"].toObject()["Saturation"].toObject()["Cyan"].toString(), "1.125");
-    EXPECT_TRUE(b["BC6x2"].toObject()["Hue"].toObject()["Red"].isNull());
+    // Leaf by path; null where the text had nothing.
+    const std::pair<QString, QJsonValue> leaves[] = {
+        {"BlackLevel", "4"},         {"Gamma", "0.45"},        {"HSBC/Hue", "3"},
+        {"HSBC/Contrast", {}},       {"WhiteBalance/Blue", "2.25"}, {"Matrix/Gain00", "1.25"},
+        {"Matrix/Gain11", {}},       {"BC6x2/Hue/Cyan", "-0.5"}, {"BC6x2/Saturation/Cyan", "1.125"},
+        {"BC6x2/Hue/Red", {}},
+    };
+    for (const auto& [path, value] : leaves) {
+        QJsonValue v = b;
+        for (const QString& key : path.split('/'))
+            v = v.toObject().value(key);
+        EXPECT_EQ(v, value) << path.toStdString();
+    }
 
     QString green = "BalanceRatioSelector\tGreen\nBalanceRatio\t1.25\n";
     const QJsonObject wb = r.ParseSettings(green)["WhiteBalance"].toObject();
@@ -202,12 +205,13 @@ TEST(CalibrationResult, ResultsDocumentHasBothBranches)
 TEST(CalibrationResult, TitlesAndColourTexts)
 {
     CalibrationResult r("cam");
-    EXPECT_EQ(r.BeautifyRowTitle("Calibrated"), "Current");
-    EXPECT_EQ(r.BeautifyRowTitle("DeltaE"), "Delta E");
-    EXPECT_EQ(r.BeautifyRowTitle("Hue"), "");
-    EXPECT_EQ(r.ConvertHexToRgb("#FF8000"), "R: 255 G: 128 B: 0");
-    EXPECT_EQ(r.ConvertHexToRgb("0a0b0c"), "R: 10 G: 11 B: 12");
-    EXPECT_EQ(r.ConvertHexToRgb("#xyz"), "R: 0 G: 0 B: 0");
+    const std::pair<const char*, const char*> titles[] = {{"Calibrated", "Current"}, {"DeltaE", "Delta E"}, {"Hue", ""}};
+    for (const auto& [key, title] : titles)
+        EXPECT_EQ(r.BeautifyRowTitle(key), title) << key;
+    const std::pair<const char*, const char*> colours[] = {
+        {"#FF8000", "R: 255 G: 128 B: 0"}, {"0a0b0c", "R: 10 G: 11 B: 12"}, {"#xyz", "R: 0 G: 0 B: 0"}};
+    for (const auto& [hex, text] : colours)
+        EXPECT_EQ(r.ConvertHexToRgb(hex), text) << hex;
     const QJsonObject in{{"Colors", QJsonObject{{"Patch01", QJsonObject{{"Initial", "#ffffff"}, {"DeltaE", "1.2345"}}}}}};
     const QJsonObject out = r.ConvertColorJsonObjectToRGB(in);
     const QJsonObject p = out["Colors"].toObject()["Patch01"].toObject();

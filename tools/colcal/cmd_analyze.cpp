@@ -4,14 +4,13 @@
 #include "commands.h"
 #include "enginereport.h"
 
+#include "chartcolors.h"
 #include "chartdiscriminator.h"
 #include "colorcalibrationv1.h"
 #include "colorcorrectionautochartfinder.h"
-#include "colorspace.h"
 
 #include <QJsonArray>
 
-#include <cmath>
 #include <cstdio>
 
 int runAnalyze(const cli::Args& args)
@@ -45,7 +44,7 @@ int runAnalyze(const cli::Args& args)
     discriminator.updateColorPatchValues(&image.sdkImage());
     QVector<QColor> colours;
     discriminator.getColorPatchValues(colours);
-    if (colours.size() != 24)
+    if (colours.size() != ChartLayout::kPatches)
         throw cli::Error(QString("%1: only %2 of 24 patches are large enough to measure").arg(path).arg(colours.size()),
                          cli::Failed);
 
@@ -53,15 +52,10 @@ int runAnalyze(const cli::Args& args)
     if (!clipped.isEmpty())
         std::fprintf(stderr, "colcal analyze: %s\n", qPrintable(clippedWarning(clipped)));
 
-    const ColorSpace cs;
-    dlib::matrix<double, 24, 3> measured;
+    const dlib::matrix<double, ChartLayout::kPatches, 3> measured = chartFromColors(colours, image.srgbEncoded());
     QJsonArray patches;
-    for (int k = 0; k < 24; ++k) {
-        const double v[3] = {colours[k].redF() * 255.0, colours[k].greenF() * 255.0, colours[k].blueF() * 255.0};
-        for (int c = 0; c < 3; ++c)
-            measured(k, c) = image.srgbEncoded() ? cs.sRGB_to_RGB(v[c]) : v[c];
+    for (int k = 0; k < ChartLayout::kPatches; ++k)
         patches.append(QJsonArray{measured(k, 0), measured(k, 1), measured(k, 2)});
-    }
 
     if (args.has("overlay")) {
         QVector<CTrapezoid> quads;
@@ -80,7 +74,7 @@ int runAnalyze(const cli::Args& args)
     } else {
         QString text = QString("%1: grid %2\nmeasured patches (linear RGB, 0..255):\n")
                            .arg(path, ChartReport::cornersText(grid));
-        for (int k = 0; k < 24; ++k)
+        for (int k = 0; k < ChartLayout::kPatches; ++k)
             text += QString("%1 %2 %3 %4 %5\n")
                         .arg(k + 1, 3)
                         .arg(patchName(k), -16)

@@ -10,7 +10,7 @@ int runEngineCommand(const cli::Args& args)
         throw cli::Error("expects one FILE of 24 R,G,B rows (\"-\" for stdin)", cli::BadInput);
 
     const PublishedChart published = publishedChart(args);
-    const auto rows = cli::readNumberRows(args.positional().first(), 3, 24, 0.0, 255.0);
+    const auto rows = cli::readNumberRows(args.positional().first(), 3, ChartLayout::kPatches, 0.0, 255.0);
     ColorCalibrationV1 engine;
     runEngine(engine, chartFromRows(rows));
     if (args.flag("json"))

@@ -11,9 +11,11 @@
 
 #include <stdexcept>
 
+using ChartLayout::kPatches;
+
 namespace {
 
-const char* const kPatchNames[24] = {
+const char* const kPatchNames[kPatches] = {
     "dark skin",    "light skin",    "blue sky",   "foliage",       "blue flower",  "bluish green",
     "orange",       "purplish blue", "moderate red", "purple",      "yellow green", "orange yellow",
     "blue",         "green",         "red",        "yellow",        "magenta",      "cyan",
@@ -51,7 +53,7 @@ Results results(ColorCalibrationV1& engine)
     return res;
 }
 
-QJsonArray rowArray(const dlib::matrix<double, 24, 3>& chart, long row)
+QJsonArray rowArray(const dlib::matrix<double, kPatches, 3>& chart, long row)
 {
     return {chart(row, 0), chart(row, 1), chart(row, 2)};
 }
@@ -60,19 +62,19 @@ QJsonArray rowArray(const dlib::matrix<double, 24, 3>& chart, long row)
 
 const char* patchName(int patch)
 {
-    return patch >= 0 && patch < 24 ? kPatchNames[patch] : "";
+    return patch >= 0 && patch < kPatches ? kPatchNames[patch] : "";
 }
 
-dlib::matrix<double, 24, 3> chartFromRows(const std::vector<std::vector<double>>& rows)
+dlib::matrix<double, kPatches, 3> chartFromRows(const std::vector<std::vector<double>>& rows)
 {
-    dlib::matrix<double, 24, 3> chart;
-    for (long k = 0; k < 24; ++k)
+    dlib::matrix<double, kPatches, 3> chart;
+    for (long k = 0; k < kPatches; ++k)
         for (long c = 0; c < 3; ++c)
             chart(k, c) = rows.at(k).at(c);
     return chart;
 }
 
-void runEngine(ColorCalibrationV1& engine, const dlib::matrix<double, 24, 3>& measured)
+void runEngine(ColorCalibrationV1& engine, const dlib::matrix<double, kPatches, 3>& measured)
 {
     engine.SetChart(COLORCALIBRATION_STEP_ORIGINAL, measured);
     try {
@@ -97,13 +99,13 @@ QString publishedLabel(const PublishedChart& published)
         .arg(PublishedChart::editionName(published.edition()));
 }
 
-QJsonObject publishedJson(const PublishedChart& published, const dlib::matrix<double, 24, 3>& before,
-                          const dlib::matrix<double, 24, 3>& after)
+QJsonObject publishedJson(const PublishedChart& published, const dlib::matrix<double, kPatches, 3>& before,
+                          const dlib::matrix<double, kPatches, 3>& after)
 {
     QJsonArray dE[2], dC[2];
     double sumE[2] = {0, 0}, sumC[2] = {0, 0};
     for (int i = 0; i < 2; ++i)
-        for (int k = 0; k < 24; ++k) {
+        for (int k = 0; k < kPatches; ++k) {
             const dlib::matrix<double, 1, 3> rgb = dlib::rowm(i == 0 ? before : after, k);
             const double e = published.deltaE(k, rgb), c = published.deltaC(k, rgb);
             dE[i].append(e);
@@ -114,8 +116,8 @@ QJsonObject publishedJson(const PublishedChart& published, const dlib::matrix<do
     return {
         {"label", publishedLabel(published)},
         {"edition", PublishedChart::editionName(published.edition())},
-        {"meanDeltaE", QJsonObject{{"before", sumE[0] / 24}, {"after", sumE[1] / 24}}},
-        {"meanDeltaC", QJsonObject{{"before", sumC[0] / 24}, {"after", sumC[1] / 24}}},
+        {"meanDeltaE", QJsonObject{{"before", sumE[0] / kPatches}, {"after", sumE[1] / kPatches}}},
+        {"meanDeltaC", QJsonObject{{"before", sumC[0] / kPatches}, {"after", sumC[1] / kPatches}}},
         {"deltaEBefore", dE[0]},
         {"deltaEAfter", dE[1]},
         {"deltaCBefore", dC[0]},
@@ -147,9 +149,9 @@ QJsonObject engineReportJson(ColorCalibrationV1& engine, const PublishedChart& p
     for (long i = 0; i < 12; ++i)
         bc6x2.append(p(i));
     for (const StepInfo& s : kSteps) {
-        const dlib::matrix<double, 24, 3> chart = engine.GetChart(s.type);
+        const dlib::matrix<double, kPatches, 3> chart = engine.GetChart(s.type);
         QJsonArray rows, dE, dC;
-        for (int k = 0; k < 24; ++k) {
+        for (int k = 0; k < kPatches; ++k) {
             rows.append(rowArray(chart, k));
             dE.append(engine.GetError(s.type, k, false, true));
             dC.append(engine.GetError(s.type, k, true, true));
@@ -195,15 +197,15 @@ QString engineReportTable(ColorCalibrationV1& engine, const PublishedChart& publ
     t += names + "\n" + hues + "\n" + sats + "\n";
     t += QString("Gamma          %1\n\n").arg(gamma, 0, 'f', 2);
 
-    const dlib::matrix<double, 24, 3> in = engine.GetChart(COLORCALIBRATION_STEP_ORIGINAL);
-    const dlib::matrix<double, 24, 3> out = engine.GetChart(COLORCALIBRATION_STEP_BC6X2);
+    const dlib::matrix<double, kPatches, 3> in = engine.GetChart(COLORCALIBRATION_STEP_ORIGINAL);
+    const dlib::matrix<double, kPatches, 3> out = engine.GetChart(COLORCALIBRATION_STEP_BC6X2);
     t += QString("%1 %2 %3 %4 %5 %6 %7\n")
              .arg("patch", -17).arg("measured R,G,B", 22).arg("calibrated R,G,B", 22)
              .arg("dE before", 10).arg("dE after", 9).arg("dC before", 10).arg("dC after", 9);
-    auto rgb = [](const dlib::matrix<double, 24, 3>& c, long k) {
+    auto rgb = [](const dlib::matrix<double, kPatches, 3>& c, long k) {
         return QString("%1,%2,%3").arg(c(k, 0), 0, 'f', 1).arg(c(k, 1), 0, 'f', 1).arg(c(k, 2), 0, 'f', 1);
     };
-    for (int k = 0; k < 24; ++k)
+    for (int k = 0; k < kPatches; ++k)
         t += QString("%1 %2 %3 %4 %5 %6 %7\n")
                  .arg(QString("%1 %2").arg(k + 1, 2).arg(kPatchNames[k]), -17)
                  .arg(rgb(in, k), 22).arg(rgb(out, k), 22)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "chartlayout.h"
 #include "publishedchart.h"
 
 #include <QColor>
@@ -18,11 +19,11 @@ class Args;
 }
 
 /// The 24 rows read by cli::readNumberRows as an engine chart.
-dlib::matrix<double, 24, 3> chartFromRows(const std::vector<std::vector<double>>& rows);
+dlib::matrix<double, ChartLayout::kPatches, 3> chartFromRows(const std::vector<std::vector<double>>& rows);
 
 /// Sets `measured` as the original chart and runs the whole chain. A grey
 /// chromatic patch becomes a cli::Error with the engine's message (exit code 3).
-void runEngine(ColorCalibrationV1& engine, const dlib::matrix<double, 24, 3>& measured);
+void runEngine(ColorCalibrationV1& engine, const dlib::matrix<double, ChartLayout::kPatches, 3>& measured);
 
 /// Results of an engine on which the chain has run: gains, matrix, hue/saturation,
 /// gamma, means and, per step, the chart and per-patch errors after that step;
@@ -38,8 +39,9 @@ QString publishedLabel(const PublishedChart& published);
 /// {"label", "edition", "meanDeltaE":{"before","after"}, "meanDeltaC":{...},
 /// "deltaEBefore":[24], "deltaEAfter", "deltaCBefore", "deltaCAfter"}: the
 /// CIEDE2000 error of two charts (linear RGB, 0..255) against the published values.
-QJsonObject publishedJson(const PublishedChart& published, const dlib::matrix<double, 24, 3>& before,
-                          const dlib::matrix<double, 24, 3>& after);
+QJsonObject publishedJson(const PublishedChart& published,
+                          const dlib::matrix<double, ChartLayout::kPatches, 3>& before,
+                          const dlib::matrix<double, ChartLayout::kPatches, 3>& after);
 /// Its means as one line for the tables.
 QString publishedSummary(const QJsonObject& publishedJson);
 

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr long kChromatic = 18;
+using ChartLayout::kChromatic;
 constexpr long kRows = 3 * kChromatic;
 
 // Per sector: channel index (0 R, 1 G, 2 B) of the largest, middle and smallest value.
@@ -85,7 +85,7 @@ dlib::matrix<double, 1, 3> Bc6x2::Bc6x2Operator(dlib::matrix<double, 1, 3> rgb,
 
 void Bc6x2::Calculate()
 {
-    const dlib::matrix<double, 24, 3> target = m_checker->GetTargetRgb();
+    const dlib::matrix<double, ChartLayout::kPatches, 3> target = m_checker->GetTargetRgb();
     dlib::matrix<double, kRows, 1> t;
     dlib::matrix<double, kRows, 1> f0;
     dlib::matrix<double, kRows, 12> d = dlib::zeros_matrix<double>(kRows, 12);
@@ -129,7 +129,7 @@ void Bc6x2::Calculate()
 
 void Bc6x2::Apply()
 {
-    for (long k = 0; k < 24; ++k) {
+    for (long k = 0; k < ChartLayout::kPatches; ++k) {
         const dlib::matrix<double, 1, 3> out = Bc6x2Operator(dlib::rowm(m_input, k), params);
         for (long c = 0; c < 3; ++c)
             m_output(k, c) = limitTo255(out(c));

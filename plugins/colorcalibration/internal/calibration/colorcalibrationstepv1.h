@@ -1,5 +1,6 @@
 #pragma once
 
+#include "chartlayout.h"
 #include "colorcalibrationstep.h"
 
 class ColorChecker;
@@ -7,7 +8,7 @@ class ColorSpace;
 
 /// Common base of the engine's steps: error against the reference chart and
 /// the clipping rule of the multiplying steps.
-class ColorCalibrationStepV1 : public ColorCalibrationStep<24> {
+class ColorCalibrationStepV1 : public ColorCalibrationStep<ChartLayout::kPatches> {
 public:
     /// The checker is borrowed and must outlive the step.
     explicit ColorCalibrationStepV1(ColorChecker* checker);

@@ -39,17 +39,18 @@ void ColorCalibrationV1::GetGamma(double& gamma)
     m_impl->GetGamma(gamma);
 }
 
-dlib::matrix<double, 24, 3> ColorCalibrationV1::GetChart(COLORCALIBRATION_STEP_TYPE step)
+dlib::matrix<double, ChartLayout::kPatches, 3> ColorCalibrationV1::GetChart(COLORCALIBRATION_STEP_TYPE step)
 {
     return m_impl->GetChart(step);
 }
 
-void ColorCalibrationV1::SetChart(COLORCALIBRATION_STEP_TYPE step, const dlib::matrix<double, 24, 3>& chart)
+void ColorCalibrationV1::SetChart(COLORCALIBRATION_STEP_TYPE step,
+                                  const dlib::matrix<double, ChartLayout::kPatches, 3>& chart)
 {
     m_impl->SetChart(step, chart);
 }
 
-dlib::matrix<double, 24, 3> ColorCalibrationV1::GetTargetChart()
+dlib::matrix<double, ChartLayout::kPatches, 3> ColorCalibrationV1::GetTargetChart()
 {
     return m_impl->GetTargetChart();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "chartlayout.h"
 #include "colorcalibrationstep.h"
 #include "colorcalibrationsteptype.h"
 
@@ -14,6 +15,8 @@ class Bc6x2;
 
 class ColorCalibrationV1Impl {
 public:
+    using Step = ColorCalibrationStep<ChartLayout::kPatches>;
+
     ColorCalibrationV1Impl();
     virtual ~ColorCalibrationV1Impl();
     ColorCalibrationV1Impl(const ColorCalibrationV1Impl&) = delete;
@@ -25,19 +28,19 @@ public:
     virtual void GetMatrix(dlib::matrix<double, 3, 3>& m);
     virtual void GetBc6x2(dlib::matrix<double, 12, 1>& p);
     virtual void GetGamma(double& gamma);
-    virtual dlib::matrix<double, 24, 3> GetChart(COLORCALIBRATION_STEP_TYPE step);
-    virtual void SetChart(COLORCALIBRATION_STEP_TYPE step, const dlib::matrix<double, 24, 3>& chart);
-    virtual dlib::matrix<double, 24, 3> GetTargetChart();
+    virtual dlib::matrix<double, ChartLayout::kPatches, 3> GetChart(COLORCALIBRATION_STEP_TYPE step);
+    virtual void SetChart(COLORCALIBRATION_STEP_TYPE step, const dlib::matrix<double, ChartLayout::kPatches, 3>& chart);
+    virtual dlib::matrix<double, ChartLayout::kPatches, 3> GetTargetChart();
     virtual double GetError(COLORCALIBRATION_STEP_TYPE step, bool chromaOnly, bool afterStep);
     virtual double GetError(COLORCALIBRATION_STEP_TYPE step, int patch, bool chromaOnly, bool afterStep);
     virtual void GetDigitalGain(double& gain);
 
 private:
-    ColorCalibrationStep<24>* find(int step) const;
-    double meanFinalError(ColorCalibrationStep<24>* step) const;
+    Step* find(int step) const;
+    double meanError(Step* step, bool chromaOnly, bool afterStep) const;
 
     ColorChecker* m_checker;
-    std::map<int, ColorCalibrationStep<24>*> m_steps;
+    std::map<int, Step*> m_steps;
     Original* m_original;
     DigitalGain* m_digitalGain;
     WhiteBalance* m_whiteBalance;

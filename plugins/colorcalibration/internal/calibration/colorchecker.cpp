@@ -2,7 +2,7 @@
 
 namespace {
 
-constexpr double kTargetRgb[24][3] = {
+constexpr double kTargetRgb[ChartLayout::kPatches][3] = {
     {44.138, 20.936, 14.471},   {144.92, 74.616, 55.685},  {26.445, 49.942, 84.531},
     {25.909, 37.971, 13.23},    {56.507, 55.02, 110.82},   {27.58, 131.14, 105.23},
     {190.57, 51.144, 7.1641},   {14.698, 26.806, 102.75},  {144.5, 21.469, 30.518},
@@ -15,7 +15,7 @@ constexpr double kTargetRgb[24][3] = {
 
 // Per patch, row-major d(L, a, b)/d(R, G, B). Fixed program constants, close to
 // but deliberately not recomputed from the conversion chain.
-constexpr double kJacobian[24][9] = {
+constexpr double kJacobian[ChartLayout::kPatches][9] = {
     {0.15577, 0.50186, 0.042452, 0.50352, -1.1258, 0.20245, 0.24526, 0.7027, -1.1227},
     {0.068008, 0.21911, 0.018534, 0.22648, -0.48566, 0.090568, 0.10765, 0.31074, -0.46115},
     {0.10446, 0.33654, 0.028468, 0.46326, -0.64409, 0.17696, 0.17218, 0.52504, -0.35708},
@@ -44,10 +44,10 @@ constexpr double kJacobian[24][9] = {
 
 }  // namespace
 
-dlib::matrix<double, 24, 3> ColorChecker::GetTargetRgb() const
+dlib::matrix<double, ChartLayout::kPatches, 3> ColorChecker::GetTargetRgb() const
 {
-    dlib::matrix<double, 24, 3> t;
-    for (long k = 0; k < 24; ++k)
+    dlib::matrix<double, ChartLayout::kPatches, 3> t;
+    for (long k = 0; k < ChartLayout::kPatches; ++k)
         for (long c = 0; c < 3; ++c)
             t(k, c) = kTargetRgb[k][c];
     return t;
@@ -63,11 +63,11 @@ double ColorChecker::GetBrightness80percent(bool high) const
     return high ? 200.0 : 150.0;
 }
 
-dlib::matrix<double, 72, 72> ColorChecker::GetTargetFullJacobian() const
+dlib::matrix<double, 3 * ChartLayout::kPatches, 3 * ChartLayout::kPatches> ColorChecker::GetTargetFullJacobian() const
 {
-    dlib::matrix<double, 72, 72> j;
+    dlib::matrix<double, 3 * ChartLayout::kPatches, 3 * ChartLayout::kPatches> j;
     j = 0.0;
-    for (long k = 0; k < 24; ++k)
+    for (long k = 0; k < ChartLayout::kPatches; ++k)
         for (long r = 0; r < 3; ++r)
             for (long c = 0; c < 3; ++c)
                 j(3 * k + r, 3 * k + c) = kJacobian[k][3 * r + c];

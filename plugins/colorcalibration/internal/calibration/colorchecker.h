@@ -1,5 +1,7 @@
 #pragma once
 
+#include "chartlayout.h"
+
 #include <dlib/matrix.h>
 
 /// The 24-patch reference chart: target colours (linear RGB, 0..255, chart
@@ -7,11 +9,11 @@
 /// exposure reference patch and the Lab-per-RGB sensitivity at each target.
 class ColorChecker {
 public:
-    dlib::matrix<double, 24, 3> GetTargetRgb() const;
+    dlib::matrix<double, ChartLayout::kPatches, 3> GetTargetRgb() const;
     /// Index of the light grey patch that exposure and white balance refer to (19).
     unsigned GetIndex80percent() const;
     /// Level the brightest channel of that patch should reach: 150 (false) or 200 (true).
     double GetBrightness80percent(bool high) const;
     /// 72x72 block diagonal: block k is d(L, a, b)/d(R, G, B) at target k.
-    dlib::matrix<double, 72, 72> GetTargetFullJacobian() const;
+    dlib::matrix<double, 3 * ChartLayout::kPatches, 3 * ChartLayout::kPatches> GetTargetFullJacobian() const;
 };

@@ -16,6 +16,15 @@ double clamp255(double r)
     return 0.0;
 }
 
+template <class Curve>
+dlib::matrix<double, 1, 3> perChannel(const dlib::matrix<double, 1, 3>& rgb, Curve curve)
+{
+    dlib::matrix<double, 1, 3> out;
+    for (long i = 0; i < 3; ++i)
+        out(i) = curve(rgb(i));
+    return out;
+}
+
 }  // namespace
 
 double ColorSpace::sRGB_to_RGB(double x) const
@@ -27,10 +36,7 @@ double ColorSpace::sRGB_to_RGB(double x) const
 
 dlib::matrix<double, 1, 3> ColorSpace::sRGB_to_RGB(const dlib::matrix<double, 1, 3>& rgb) const
 {
-    dlib::matrix<double, 1, 3> out;
-    for (long i = 0; i < 3; ++i)
-        out(i) = sRGB_to_RGB(rgb(i));
-    return out;
+    return perChannel(rgb, [this](double x) { return sRGB_to_RGB(x); });
 }
 
 double ColorSpace::RGB_to_sRGB(double x) const
@@ -44,10 +50,7 @@ double ColorSpace::RGB_to_sRGB(double x) const
 
 dlib::matrix<double, 1, 3> ColorSpace::RGB_to_sRGB(const dlib::matrix<double, 1, 3>& rgb) const
 {
-    dlib::matrix<double, 1, 3> out;
-    for (long i = 0; i < 3; ++i)
-        out(i) = RGB_to_sRGB(rgb(i));
-    return out;
+    return perChannel(rgb, [this](double x) { return RGB_to_sRGB(x); });
 }
 
 pixel_xyz ColorSpace::RGB_To_XYZ(const dlib::matrix<double, 1, 3>& rgb,
@@ -132,7 +135,9 @@ double ColorSpace::DeltaE2000(const pixel_lab& s1, const pixel_lab& s2, bool ign
     const double SH = 1.0 + 0.015 * Cbarp * T;
 
     const double tL = dLp / SL, tC = dCp / SC, tH = dHp / SH;
-    return std::sqrt(tL * tL + tC * tC + tH * tH + RT * tC * tH);
+    const double dE = std::sqrt(tL * tL + tC * tC + tH * tH + RT * tC * tH);
+    // NaN and infinities in a sample carry through every term to here.
+    return std::isfinite(dE) ? dE : -1.0;
 }
 
 double ColorSpace::DeltaC2000(const pixel_lab& first, const pixel_lab& second) const

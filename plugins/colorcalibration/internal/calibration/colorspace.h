@@ -20,7 +20,8 @@ struct pixel_lab {
 /// scale; "linear" means light-linear, "sRGB" the values after the sRGB curve.
 class ColorSpace {
 public:
-    /// sRGB-encoded 0..255 to linear 0..255; NaN and non-positive give 0, above 255 gives 255.
+    /// sRGB-encoded 0..255 to linear 0..255; NaN and non-positive (-inf too) give 0,
+    /// above 255 (+inf too) gives 255: a camera value out of range is clipped, never refused.
     double sRGB_to_RGB(double x) const;
     dlib::matrix<double, 1, 3> sRGB_to_RGB(const dlib::matrix<double, 1, 3>& rgb) const;
     /// Linear 0..255 to sRGB-encoded 0..255, clamped as the decoder.
@@ -34,6 +35,8 @@ public:
     pixel_lab XYZ_To_Lab(const pixel_xyz& xyz, const dlib::matrix<double, 1, 3>& whitePoint) const;
 
     /// CIEDE2000 with kL = kC = kH = 1; `ignoreLightness` drops the lightness term.
+    /// -1.0 when the difference is not a number: a sample holding NaN or an
+    /// infinity, or one so far out of range that the formula overflows.
     double DeltaE2000(const pixel_lab& first, const pixel_lab& second, bool ignoreLightness) const;
     /// Chroma-and-hue-only CIEDE2000: DeltaE2000(first, second, true).
     double DeltaC2000(const pixel_lab& first, const pixel_lab& second) const;

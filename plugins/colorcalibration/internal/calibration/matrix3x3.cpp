@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr long kChromatic = 18;
+using ChartLayout::kChromatic;
 constexpr long kRows = 3 * kChromatic;
 
 // vec(M) = A * p + b, where p holds the six off-diagonal entries
@@ -44,7 +44,7 @@ void Matrix3x3::Run()
 
 void Matrix3x3::Calculate()
 {
-    const dlib::matrix<double, 24, 3> target = m_checker->GetTargetRgb();
+    const dlib::matrix<double, ChartLayout::kPatches, 3> target = m_checker->GetTargetRgb();
     dlib::matrix<double, kRows, 1> t;
     dlib::matrix<double, kRows, 9> x = dlib::zeros_matrix<double>(kRows, 9);
     for (long k = 0; k < kChromatic; ++k)
@@ -71,7 +71,7 @@ void Matrix3x3::Calculate()
 
 void Matrix3x3::Apply()
 {
-    for (long k = 0; k < 24; ++k)
+    for (long k = 0; k < ChartLayout::kPatches; ++k)
         for (long i = 0; i < 3; ++i)
             m_output(k, i) = limitTo255(matrix(i, 0) * m_input(k, 0) + matrix(i, 1) * m_input(k, 1) +
                                         matrix(i, 2) * m_input(k, 2));

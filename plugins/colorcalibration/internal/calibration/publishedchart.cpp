@@ -1,5 +1,7 @@
 #include "publishedchart.h"
 
+#include "chartlayout.h"
+
 namespace {
 
 // The maker's published CIELAB values (D50, 2° observer) of the 24 patches in
@@ -10,7 +12,7 @@ namespace {
 // and DATA_COLORCHECKER24_BEFORE_NOV2014_CIE_LAB; the pre-2014 b of patch 3
 // (blue sky) is -21.925, as recomputed from that project's own xyY of the
 // 2005 data (it lists -21.905).
-constexpr double kPublished[24][6] = {
+constexpr double kPublished[ChartLayout::kPatches][6] = {
     {37.54, 14.37, 14.92, 37.986, 13.555, 14.059},     {64.66, 19.27, 17.50, 65.711, 18.130, 17.810},
     {49.32, -3.82, -22.54, 49.927, -4.880, -21.925},   {43.46, -12.74, 22.72, 43.139, -13.095, 21.905},
     {54.94, 9.61, -24.79, 55.112, 8.844, -25.399},     {70.48, -32.26, -0.37, 70.719, -33.397, -0.199},

@@ -1,6 +1,7 @@
 #include "calibrationresult.h"
 
 #include "reportpictures.h"
+#include "resultsdocumentkeys.h"
 
 #include "core/savefile.h"
 
@@ -22,6 +23,8 @@ static void initResources()
 
 namespace {
 
+namespace Keys = ResultsDocumentKeys;
+
 // Suffixes tried after a folder name that already exists.
 constexpr int kMaxFoldersPerSecond = 1000;
 
@@ -40,21 +43,20 @@ const char* const kFilterNames[] = {
     "ProcessedRawEnable", "LightSourceSelector",
 };
 
-const char* const kSixColours[] = {"Red", "Yellow", "Green", "Cyan", "Blue", "Magenta"};
-
 struct Section {
     const char* title;
-    const char* key;  // empty: the colour table; "-": the LUT note
+    QString key;  // empty: the colour table; "-": the LUT note; "A/B" descends
 };
 const Section kSections[] = {
     {QT_TRANSLATE_NOOP("CalibrationResult", "Colors"), ""},
-    {QT_TRANSLATE_NOOP("CalibrationResult", "Black Level"), "BlackLevel"},
-    {QT_TRANSLATE_NOOP("CalibrationResult", "White Balance"), "WhiteBalance"},
-    {QT_TRANSLATE_NOOP("CalibrationResult", "Color Transformation"), "Matrix"},
-    {QT_TRANSLATE_NOOP("CalibrationResult", "Color Adjustment Hue"), "BC6x2/Hue"},
-    {QT_TRANSLATE_NOOP("CalibrationResult", "Color Adjustment Saturation"), "BC6x2/Saturation"},
-    {QT_TRANSLATE_NOOP("CalibrationResult", "Gamma"), "Gamma"},
-    {QT_TRANSLATE_NOOP("CalibrationResult", "Hue, Saturation, Brightness, Contrast"), "HSBC"},
+    {QT_TRANSLATE_NOOP("CalibrationResult", "Black Level"), Keys::kBlackLevel},
+    {QT_TRANSLATE_NOOP("CalibrationResult", "White Balance"), Keys::kWhiteBalance},
+    {QT_TRANSLATE_NOOP("CalibrationResult", "Color Transformation"), Keys::kMatrix},
+    {QT_TRANSLATE_NOOP("CalibrationResult", "Color Adjustment Hue"), QString("%1/%2").arg(Keys::kBc6x2, Keys::kHue)},
+    {QT_TRANSLATE_NOOP("CalibrationResult", "Color Adjustment Saturation"),
+     QString("%1/%2").arg(Keys::kBc6x2, Keys::kSaturation)},
+    {QT_TRANSLATE_NOOP("CalibrationResult", "Gamma"), Keys::kGamma},
+    {QT_TRANSLATE_NOOP("CalibrationResult", "Hue, Saturation, Brightness, Contrast"), Keys::kHsbc},
     {QT_TRANSLATE_NOOP("CalibrationResult", "LUT"), "-"},
 };
 
@@ -63,12 +65,18 @@ QString tr(const char* text)
     return QCoreApplication::translate("CalibrationResult", text);
 }
 
-QJsonObject nullObject(std::initializer_list<const char*> keys)
+QJsonObject nullObject(const QStringList& keys)
 {
     QJsonObject o;
-    for (const char* k : keys)
+    for (const QString& k : keys)
         o.insert(k, QJsonValue::Null);
     return o;
+}
+
+template <size_t N>
+QStringList listOf(const char* const (&keys)[N])
+{
+    return QStringList(std::begin(keys), std::end(keys));
 }
 
 // Sets object[branch][leaf] (or object[branch][sub][leaf]) to value.
@@ -116,9 +124,9 @@ CalibrationResult::CalibrationResult(QString cameraLabel) : m_cameraLabel(std::m
 {
     initResources();
     m_rowTitles = {
-        {"DeltaE", "Delta E"},     {"DeltaC", "Delta C"},        {"Initial", "Original"},
-        {"Target", "Target"},      {"BlackLevel", "Black Level"}, {"Original", "Original"},
-        {"Calibrated", "Current"},
+        {Keys::kDeltaE, "Delta E"},         {Keys::kDeltaC, "Delta C"},     {Keys::kInitial, "Original"},
+        {Keys::kTarget, "Target"},          {Keys::kBlackLevel, "Black Level"}, {Keys::kOriginal, "Original"},
+        {Keys::kCalibrated, "Current"},
     };
 }
 
@@ -149,15 +157,18 @@ QString CalibrationResult::FilterSettings(QString& settings)
 
 QJsonObject CalibrationResult::ParseSettings(QString& settings)
 {
-    QJsonObject sixNulls = nullObject({"Red", "Yellow", "Green", "Cyan", "Blue", "Magenta"});
+    QStringList gains;
+    for (int row = 0; row < 3; ++row)
+        for (int column = 0; column < 3; ++column)
+            gains << Keys::matrixGainKey(row, column);
+    const QJsonObject sixNulls = nullObject(listOf(Keys::kSixColours));
     QJsonObject branch{
-        {"BlackLevel", QJsonValue::Null},
-        {"Gamma", QJsonValue::Null},
-        {"BC6x2", QJsonObject{{"Hue", sixNulls}, {"Saturation", sixNulls}}},
-        {"HSBC", nullObject({"Hue", "Saturation", "Brightness", "Contrast"})},
-        {"Matrix", nullObject({"Gain00", "Gain01", "Gain02", "Gain10", "Gain11", "Gain12", "Gain20",
-                               "Gain21", "Gain22"})},
-        {"WhiteBalance", nullObject({"Red", "Green", "Blue"})},
+        {Keys::kBlackLevel, QJsonValue::Null},
+        {Keys::kGamma, QJsonValue::Null},
+        {Keys::kBc6x2, QJsonObject{{Keys::kHue, sixNulls}, {Keys::kSaturation, sixNulls}}},
+        {Keys::kHsbc, nullObject({Keys::kHue, Keys::kSaturation, Keys::kBrightness, Keys::kContrast})},
+        {Keys::kMatrix, nullObject(gains)},
+        {Keys::kWhiteBalance, nullObject(listOf(Keys::kBalanceChannels))},
     };
     QString adjustment, transformation, balance;
     for (const QString& line : settings.split("\n", Qt::SkipEmptyParts)) {
@@ -167,34 +178,34 @@ QJsonObject CalibrationResult::ParseSettings(QString& settings)
         const QString& name = f[0];
         const QString& value = f[1];
         if (name == "BlackLevelRaw" || name == "BlackLevel")
-            setLeaf(branch, {"BlackLevel"}, value);
+            setLeaf(branch, {Keys::kBlackLevel}, value);
         else if (name == "Gamma")
-            setLeaf(branch, {"Gamma"}, value);
+            setLeaf(branch, {Keys::kGamma}, value);
         else if (name == "OstHue")
-            setLeaf(branch, {"HSBC", "Hue"}, value);
+            setLeaf(branch, {Keys::kHsbc, Keys::kHue}, value);
         else if (name == "OstSaturation")
-            setLeaf(branch, {"HSBC", "Saturation"}, value);
+            setLeaf(branch, {Keys::kHsbc, Keys::kSaturation}, value);
         else if (name == "OstBrightness")
-            setLeaf(branch, {"HSBC", "Brightness"}, value);
+            setLeaf(branch, {Keys::kHsbc, Keys::kBrightness}, value);
         else if (name == "OstContrast")
-            setLeaf(branch, {"HSBC", "Contrast"}, value);
+            setLeaf(branch, {Keys::kHsbc, Keys::kContrast}, value);
         else if (name == "ColorAdjustmentSelector" || name == "OstColorAdjustmentSelector")
             adjustment = value;
         else if (name == "ColorAdjustmentHue" || name == "OstColorAdjustmentHue" ||
                  name == "ColorAdjustmentHueRaw" || name == "OstColorAdjustmentHueRaw")
-            setLeaf(branch, {"BC6x2", "Hue", adjustment}, value);
+            setLeaf(branch, {Keys::kBc6x2, Keys::kHue, adjustment}, value);
         else if (name == "ColorAdjustmentSaturation" || name == "OstColorAdjustmentSaturation" ||
                  name == "ColorAdjustmentSaturationRaw" || name == "OstColorAdjustmentSaturationRaw")
-            setLeaf(branch, {"BC6x2", "Saturation", adjustment}, value);
+            setLeaf(branch, {Keys::kBc6x2, Keys::kSaturation, adjustment}, value);
         else if (name == "ColorTransformationValueSelector")
             transformation = value;
         else if (name == "ColorTransformationValue" || name == "ColorTransformationValueRaw")
-            setLeaf(branch, {"Matrix", transformation}, value);
+            setLeaf(branch, {Keys::kMatrix, transformation}, value);
         else if (name == "BalanceRatioSelector")
             balance = value;
         // Cameras before SFNC 2.0.0 name the ratio BalanceRatioAbs (what CameraJustify writes there).
         else if (name == "BalanceRatio" || name == "BalanceRatioRaw" || name == "BalanceRatioAbs")
-            setLeaf(branch, {"WhiteBalance", balance}, value);
+            setLeaf(branch, {Keys::kWhiteBalance, balance}, value);
     }
     return branch;
 }
@@ -202,8 +213,8 @@ QJsonObject CalibrationResult::ParseSettings(QString& settings)
 QJsonObject CalibrationResult::GetResultsJson()
 {
     QJsonObject doc;
-    doc.insert("Original", ParseSettings(m_storedSettings));
-    doc.insert("Calibrated", ParseSettings(m_actualSettings));
+    doc.insert(Keys::kOriginal, ParseSettings(m_storedSettings));
+    doc.insert(Keys::kCalibrated, ParseSettings(m_actualSettings));
     return doc;
 }
 
@@ -326,7 +337,7 @@ bool CalibrationResult::SaveSummaryToFilePath(const QString& path, const QImage&
     if (!CreateImageFile(folder, "calibrated.png", calibrated) || !CreateImageFile(folder, "original.png", original))
         return false;
     // The report's pictures also as files of their own, for slides and mails.
-    const ReportPictures pictures(results.value("PreciseColors").toObject(), m_publishedEdition);
+    const ReportPictures pictures(results.value(Keys::kPreciseColors).toObject(), m_publishedEdition);
     return !pictures.isValid() ||
            (CreateImageFile(folder, "patches.png", pictures.patchesImage()) &&
             CreateImageFile(folder, "colour_error.png", pictures.errorImage()) &&
@@ -349,11 +360,12 @@ void CalibrationResult::GenerateSummary(QStringList& html, QJsonObject results)
     html << QString("<div class=\"report-info\">%1<br/>%2</div>")
                 .arg(now.date().toString("yyyy\\MM\\dd"), now.time().toString("hh:mm:ss"));
     html << "<div class=\"container\">";
-    const QJsonObject branches{{"Original", results.value("Original")}, {"Calibrated", results.value("Calibrated")}};
+    const QJsonObject branches{{Keys::kOriginal, results.value(Keys::kOriginal)},
+                               {Keys::kCalibrated, results.value(Keys::kCalibrated)}};
     for (const Section& s : kSections) {
         html << QString("<br/><div class=\"subtitle\"><h2>%1</h2></div><div class=\"separator\"></div>")
                     .arg(tr(s.title).toHtmlEscaped());
-        const QString key = s.key;
+        const QString& key = s.key;
         if (key.isEmpty())
             BuildColorTable(html, results);
         else if (key == "-")
@@ -363,12 +375,12 @@ void CalibrationResult::GenerateSummary(QStringList& html, QJsonObject results)
                             .toHtmlEscaped() +
                         "</br></div>";
         else
-            BuildHTMLTable(html, "Original,Calibrated", branches, key, false);
+            BuildHTMLTable(html, QString("%1,%2").arg(Keys::kOriginal, Keys::kCalibrated), branches, key, false);
     }
     // After the tables, what a person would rather look at; inline SVG keeps the report one file.
     // The published-value picture lets a user compare with other tools; the
     // tables above keep the engine's own targets.
-    const ReportPictures pictures(results.value("PreciseColors").toObject(), m_publishedEdition);
+    const ReportPictures pictures(results.value(Keys::kPreciseColors).toObject(), m_publishedEdition);
     if (pictures.isValid()) {
         for (const auto& [title, picture] :
              {std::pair<QString, QString>{ReportPictures::patchesTitle(), pictures.patchesSvg()},
@@ -429,18 +441,21 @@ void CalibrationResult::BuildHTMLTable(QStringList& html, QString rowOrder, QJso
 void CalibrationResult::BuildColorTable(QStringList& html, QJsonObject results)
 {
     // Pivot patch -> quantity into quantity -> patch, so that each quantity is a row.
-    const QJsonObject precise = ConvertColorJsonObjectToRGB({{"PreciseColors", results.value("PreciseColors")}})
-                                    .value("PreciseColors")
-                                    .toObject();
+    const QJsonObject precise =
+        ConvertColorJsonObjectToRGB({{Keys::kPreciseColors, results.value(Keys::kPreciseColors)}})
+            .value(Keys::kPreciseColors)
+            .toObject();
     QJsonObject rows;
-    const QStringList quantities{"Initial", "Target", "Current", "DeltaE", "DeltaC"};
+    const QStringList quantities{Keys::kInitial, Keys::kTarget, Keys::kCurrent, Keys::kDeltaE, Keys::kDeltaC};
     for (const QString& q : quantities) {
         QJsonObject row;
         for (auto it = precise.begin(); it != precise.end(); ++it)
             row.insert(it.key(), it.value().toObject().value(q));
-        rows.insert(q == "Current" ? "Calibrated" : q, row);
+        // "Current" is titled as the settings branch of the calibrated camera is.
+        rows.insert(q == Keys::kCurrent ? Keys::kCalibrated : q, row);
     }
-    const QString order = "Initial,Target,Calibrated,DeltaE,DeltaC";
+    const QString order =
+        QStringList{Keys::kInitial, Keys::kTarget, Keys::kCalibrated, Keys::kDeltaE, Keys::kDeltaC}.join(',');
     BuildHTMLTable(html, order, rows, QString(), false);
     BuildHTMLTable(html, order, rows, QString(), true);
 }

@@ -1,8 +1,10 @@
 #include "reportpictures.h"
 
+#include "chartcolors.h"
 #include "colorchecker.h"
 #include "original.h"
 #include "publishedchart.h"
+#include "resultsdocumentkeys.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>
@@ -15,7 +17,10 @@
 
 namespace {
 
-constexpr int kPatches = 24;
+namespace Keys = ResultsDocumentKeys;
+using ChartLayout::kColumns;
+using ChartLayout::kPatches;
+using ChartLayout::kRows;
 
 // "R: 0.1234 G: 0.5 B: 1.0000" (channels 0..1, as the session writes them) or "#rrggbb".
 bool parseColour(const QJsonValue& value, QColor& colour)
@@ -66,57 +71,51 @@ QString ReportPictures::publishedErrorTitle()
 ReportPictures::ReportPictures(const QJsonObject& preciseColors, PublishedChartEdition edition) : m_edition(edition)
 {
     for (int k = 0; k < kPatches; ++k) {
-        const QJsonObject p = preciseColors.value(QString("Patch%1").arg(k + 1, 2, 10, QChar('0'))).toObject();
+        const QJsonObject p = preciseColors.value(Keys::patchKey(k)).toObject();
         QColor t, i, c;
-        if (!parseColour(p.value("Target"), t) || !parseColour(p.value("Initial"), i) ||
-            !parseColour(p.value("Current"), c))
+        if (!parseColour(p.value(Keys::kTarget), t) || !parseColour(p.value(Keys::kInitial), i) ||
+            !parseColour(p.value(Keys::kCurrent), c))
             return;
         m_target << t;
         m_initial << i;
         m_current << c;
-        m_after << p.value("DeltaE").toString().toDouble();
+        m_after << p.value(Keys::kDeltaE).toString().toDouble();
     }
     // The error before is scored as the session scores the camera's first
     // measurement: the engine's uncorrected step on the initial colours.
     ColorChecker checker;
     Original uncorrected(&checker, 1.0);
-    dlib::matrix<double, 24, 3> chart;
-    for (long k = 0; k < kPatches; ++k) {
-        chart(k, 0) = m_initial[k].redF() * 255.0;
-        chart(k, 1) = m_initial[k].greenF() * 255.0;
-        chart(k, 2) = m_initial[k].blueF() * 255.0;
-    }
-    uncorrected.SetInputChart(chart);
-    uncorrected.SetOutputChart(chart);
-    for (int k = 0; k < kPatches; ++k)
-        m_before << uncorrected.GetError(k, false, false);
     // The session scores the calibrated camera's sRGB output decoded to linear,
     // the uncorrected camera's linear output as it is; so does this.
+    const dlib::matrix<double, kPatches, 3> before = chartFromColors(m_initial, false);
+    const dlib::matrix<double, kPatches, 3> after = chartFromColors(m_current, true);
+    uncorrected.SetInputChart(before);
+    uncorrected.SetOutputChart(before);
     const PublishedChart published(edition);
-    const ColorSpace cs;
     for (int k = 0; k < kPatches; ++k) {
-        dlib::matrix<double, 1, 3> after;
-        after = m_current[k].redF() * 255.0, m_current[k].greenF() * 255.0, m_current[k].blueF() * 255.0;
-        m_publishedBefore << published.deltaE(k, dlib::rowm(chart, k));
-        m_publishedAfter << published.deltaE(k, cs.sRGB_to_RGB(after));
+        m_before << uncorrected.GetError(k, false, false);
+        m_publishedBefore << published.deltaE(k, dlib::rowm(before, k));
+        m_publishedAfter << published.deltaE(k, dlib::rowm(after, k));
     }
     m_valid = true;
 }
 
 ReportPictures::Picture ReportPictures::patches() const
 {
-    // Six columns of four rows as the chart hangs; each patch: target on top,
+    // Columns and rows as the chart hangs; each patch: target on top,
     // before and after side by side below, as swatch charts compare them.
     constexpr int cell = 130, gap = 12, margin = 20, legend = 30;
-    Picture p{QSize(2 * margin + 6 * cell + 5 * gap, 2 * margin + legend + 4 * (cell + 18) + 3 * gap), patchesTitle(), {}};
+    Picture p{QSize(2 * margin + kColumns * cell + (kColumns - 1) * gap,
+                    2 * margin + legend + kRows * (cell + 18) + (kRows - 1) * gap),
+              patchesTitle(), {}};
     Group key{"legend", {}};
     key.marks << Mark{Mark::Text, QRectF(margin, margin, 600, 20), QColor(60, 60, 60),
                       QCoreApplication::translate("CalibrationResult",
                                                   "Each patch: target (top), before (bottom left), after (bottom right)")};
     p.groups << key;
     for (int k = 0; k < kPatches; ++k) {
-        const double x = margin + (k % 6) * (cell + gap);
-        const double y = margin + legend + (k / 6) * (cell + 18 + gap);
+        const double x = margin + (k % kColumns) * (cell + gap);
+        const double y = margin + legend + (k / kColumns) * (cell + 18 + gap);
         Group g{"patch", {}};
         g.marks << Mark{Mark::Rect, QRectF(x, y, cell, cell / 2.0), m_target[k], "target"}
                 << Mark{Mark::Rect, QRectF(x, y + cell / 2.0, cell / 2.0, cell / 2.0), m_initial[k], "before"}

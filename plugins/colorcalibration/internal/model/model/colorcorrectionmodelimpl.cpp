@@ -2,6 +2,7 @@
 
 #include "calibrationresult.h"
 #include "camerajustify.h"
+#include "chartcolors.h"
 #include "chartdiscriminator.h"
 #include "colorcalibrationv1.h"
 #include "colorspace.h"
@@ -10,6 +11,7 @@
 #include "gridpositionstore.h"
 #include "modellog.h"
 #include "original.h"
+#include "resultsdocumentkeys.h"
 #include "colorchecker.h"
 
 #include "camerapool/icamera.h"
@@ -34,6 +36,8 @@ using ParameterCollection::IntegerParameterName;
 
 namespace {
 
+namespace Keys = ResultsDocumentKeys;
+
 const QVersionNumber kSfnc2(2, 0, 0);
 
 // Runs one session operation: any exception becomes the operation's failure
@@ -54,12 +58,6 @@ R guarded(const char* operation, const char* failureText, R fallback, F&& work)
         modellog::warning(QString("%1: Unspecified exception occurred.").arg(operation));
     }
     return fallback;
-}
-
-QString patchKey(int index)
-{
-    const int n = index + 1;
-    return QString("Patch%1").arg(n < 10 ? QString("0%1").arg(n) : QString("%1").arg(n));
 }
 
 // Share of a grid cell's width and height that a patch sample covers.
@@ -813,18 +811,18 @@ QJsonObject ColorCorrectionModelImpl::GetCalibrationsResultsJson()
         const QColor in = i < initial.size() ? initial[i] : QColor();
         const double dE = measured.GetError(i, false, false);
         const double dC = measured.GetError(i, true, false);
-        QJsonObject p{{"Initial", createRgbFQString(in)},
-                      {"Target", createRgbFQString(target[i])},
-                      {"Current", createRgbFQString(current[i])},
-                      {"DeltaE", QString::number(dE, 'f', 6)},
-                      {"DeltaC", QString::number(dC, 'f', 6)}};
-        QJsonObject d{{"Initial", in.name()},
-                      {"Target", target[i].name()},
-                      {"Current", current[i].name()},
-                      {"DeltaE", QString::number(dE, 'f', 4)},
-                      {"DeltaC", QString::number(dC, 'f', 4)}};
-        colors.insert(patchKey(i), d);
-        precise.insert(patchKey(i), p);
+        QJsonObject p{{Keys::kInitial, createRgbFQString(in)},
+                      {Keys::kTarget, createRgbFQString(target[i])},
+                      {Keys::kCurrent, createRgbFQString(current[i])},
+                      {Keys::kDeltaE, QString::number(dE, 'f', 6)},
+                      {Keys::kDeltaC, QString::number(dC, 'f', 6)}};
+        QJsonObject d{{Keys::kInitial, in.name()},
+                      {Keys::kTarget, target[i].name()},
+                      {Keys::kCurrent, current[i].name()},
+                      {Keys::kDeltaE, QString::number(dE, 'f', 4)},
+                      {Keys::kDeltaC, QString::number(dC, 'f', 4)}};
+        colors.insert(Keys::patchKey(i), d);
+        precise.insert(Keys::patchKey(i), p);
     }
     StopGrab();
     return guarded("GetCalibrationsResultsJson", "Error: Failed to read the camera settings.", QJsonObject(), [&] {
@@ -833,8 +831,8 @@ QJsonObject ColorCorrectionModelImpl::GetCalibrationsResultsJson()
         m_result->SetStoredSettings(stored);
         m_result->SetActualSettings(actual);
         QJsonObject document = m_result->GetResultsJson();
-        document.insert("Colors", colors);
-        document.insert("PreciseColors", precise);
+        document.insert(Keys::kColors, colors);
+        document.insert(Keys::kPreciseColors, precise);
         return document;
     });
 }
@@ -879,16 +877,7 @@ void ColorCorrectionModelImpl::restoreLastGridPosition()
 dlib::matrix<double, 24, 3> ColorCorrectionModelImpl::convertQColorsToMatrix(QVector<QColor>& colors,
                                                                              bool linearise)
 {
-    const ColorSpace cs;
-    dlib::matrix<double, 24, 3> m = dlib::zeros_matrix<double>(24, 3);
-    for (int i = 0; i < 24 && i < colors.size(); ++i) {
-        dlib::matrix<double, 1, 3> row;
-        row = colors[i].redF() * 255.0, colors[i].greenF() * 255.0, colors[i].blueF() * 255.0;
-        if (linearise)
-            row = cs.sRGB_to_RGB(row);
-        dlib::set_rowm(m, i) = row;
-    }
-    return m;
+    return chartFromColors(colors, linearise);
 }
 
 QVector<QColor> ColorCorrectionModelImpl::convertMatrixToQColors(const dlib::matrix<double, 24, 3>& matrix,

@@ -120,8 +120,7 @@ public:
     /// The grab behind GrabImage(QImage&): the shared image with both pixel buffers.
     bool GrabImage(Plugin::DataProcessing::CImage& image, bool grabNew);
 
-    /// Row i = the colour's fractions times 255 (the engine's 0..255 scale),
-    /// decoded from sRGB to linear first when `linearise` is set.
+    /// The engine chart of `colors`, as chartFromColors makes it for every reader.
     static dlib::matrix<double, 24, 3> convertQColorsToMatrix(QVector<QColor>& colors, bool linearise);
     /// The inverse: each row (0..255) as a colour, sRGB-encoded first when `toSRGB` is set.
     static QVector<QColor> convertMatrixToQColors(const dlib::matrix<double, 24, 3>& matrix, bool toSRGB);
