@@ -322,8 +322,67 @@ protected:
         ViewerTest::SetUp();
     }
 
+    // The calibrator window, from step 1 to Finish, as a person goes through it;
+    // the results screen's JSON and how the wizard ended go to m_results and m_ended.
+    void goThroughTheWizard(QWidget* window)
+    {
+        window->resize(1000, 800);
+        QQuickView* view = nullptr;
+        for (QWindow* w : QGuiApplication::allWindows())
+            if (auto* v = qobject_cast<QQuickView*>(w); v && v->rootContext()->contextProperty("qmlModelInterface").isValid())
+                view = v;
+        ASSERT_NE(view, nullptr);
+        WizardRig rig(*view, *qobject_cast<QDialog*>(window));
+        EXPECT_TRUE(rig.waitForLiveImage());
+        rig.screenshot("gev_wizard_step1");
+        ASSERT_TRUE(rig.positionGridAutomatically());
+        ASSERT_EQ(rig.messageText(), "");
+        ASSERT_TRUE(rig.next());
+        ASSERT_TRUE(rig.waitForStep(2)) << rig.messageText().toStdString();
+        ASSERT_TRUE(rig.autoBrightness());
+        EXPECT_EQ(rig.property("verdict", "text").toString(), "Just right");
+        EXPECT_TRUE(rig.waitForLiveImage());
+        rig.screenshot("gev_wizard_step2");
+        ASSERT_TRUE(rig.next());
+        ASSERT_EQ(rig.messageText(), "");
+        ASSERT_TRUE(rig.waitForStep(3));
+        ASSERT_TRUE(rig.waitFor([&] { return rig.property("reportRows", "count").toInt() == 24; }, 10000));
+        EXPECT_TRUE(rig.waitForLiveImage());
+        rig.screenshot("gev_wizard_step3");
+        QObject* facade = view->rootContext()->contextProperty("qmlModelInterface").value<QObject*>();
+        m_results = QJsonDocument::fromJson(facade->property("calibrationsResultsJson").toString().toUtf8()).object();
+        rig.key(Qt::Key_Return);  // Next, by keyboard
+        ASSERT_TRUE(rig.waitForStep(4));
+        // Kept in the camera's first user set, and in files.
+        QTemporaryDir out;
+        rig.chooseFolder("saveSettings", out.filePath("settings"));
+        rig.chooseFolder("saveSummary", out.filePath("summary"));
+        rig.click("userSetChoice");
+        rig.key(Qt::Key_Down);
+        rig.key(Qt::Key_Return);
+        ASSERT_TRUE(rig.waitFor([&] { return rig.property("userSetChoice", "currentIndex").toInt() == 1; }, 5000));
+        rig.click("saveButton");
+        ASSERT_TRUE(rig.waitFor([&] { return rig.property("saveStatus", "visible").toBool(); }, 60000))
+            << rig.messageText().toStdString();
+        EXPECT_EQ(rig.messageText(), "");
+        rig.screenshot("gev_wizard_step4");
+        rig.click("nextButton");  // Finish
+        ASSERT_TRUE(rig.waitForWindowClosed());
+        m_ended = rig.ended();
+    }
+
+    // The colour settings of a feature-persistence text, as the results screen lists them.
+    static QJsonObject colourSettings(QString text)
+    {
+        CalibrationResult parser("check");
+        QString filtered = parser.FilterSettings(text);
+        return parser.ParseSettings(filtered);
+    }
+
     GevCameraProcess m_server;
     QString m_id;
+    QJsonObject m_results;
+    QString m_ended;
 };
 
 TEST_F(GevViewerTest, TheWizardCalibratesTheGigEVisionCameraThroughItsFourSteps)
@@ -342,70 +401,20 @@ TEST_F(GevViewerTest, TheWizardCalibratesTheGigEVisionCameraThroughItsFourSteps)
     ASSERT_NE(tools, nullptr);
     QAction* calibrator = menuEntry(tools, "Color Calibrator");
     ASSERT_TRUE(calibrator && calibrator->isVisible());
-    QJsonObject results;
-    QString ended;
-    whenWindowAppears(isToolDialog, [&](QWidget* w) {
-        w->resize(1000, 800);
-        QQuickView* view = nullptr;
-        for (QWindow* window : QGuiApplication::allWindows())
-            if (auto* v = qobject_cast<QQuickView*>(window); v && v->rootContext()->contextProperty("qmlModelInterface").isValid())
-                view = v;
-        ASSERT_NE(view, nullptr);
-        WizardRig rig(*view, *qobject_cast<QDialog*>(w));
-        EXPECT_TRUE(rig.waitForLiveImage());
-        rig.screenshot("gev_wizard_step1");
-        ASSERT_TRUE(rig.positionGridAutomatically());
-        ASSERT_EQ(rig.messageText(), "");
-        ASSERT_TRUE(rig.next());
-        ASSERT_TRUE(rig.waitForStep(2)) << rig.messageText().toStdString();
-        ASSERT_TRUE(rig.autoBrightness());
-        EXPECT_EQ(rig.property("verdict", "text").toString(), "Just right");
-        EXPECT_TRUE(rig.waitForLiveImage());
-        rig.screenshot("gev_wizard_step2");
-        ASSERT_TRUE(rig.next());
-        ASSERT_EQ(rig.messageText(), "");
-        ASSERT_TRUE(rig.waitForStep(3));
-        ASSERT_TRUE(rig.waitFor([&] { return rig.property("reportRows", "count").toInt() == 24; }, 10000));
-        EXPECT_TRUE(rig.waitForLiveImage());
-        rig.screenshot("gev_wizard_step3");
-        QObject* facade = view->rootContext()->contextProperty("qmlModelInterface").value<QObject*>();
-        results = QJsonDocument::fromJson(facade->property("calibrationsResultsJson").toString().toUtf8()).object();
-        rig.key(Qt::Key_Return);  // Next, by keyboard
-        ASSERT_TRUE(rig.waitForStep(4));
-        // Kept in the camera's first user set, and in files.
-        QTemporaryDir out;
-        rig.chooseFolder("saveSettings", out.filePath("settings"));
-        rig.chooseFolder("saveSummary", out.filePath("summary"));
-        rig.click("userSetChoice");
-        rig.key(Qt::Key_Down);
-        rig.key(Qt::Key_Return);
-        ASSERT_TRUE(rig.waitFor([&] { return rig.property("userSetChoice", "currentIndex").toInt() == 1; }, 5000));
-        rig.click("saveButton");
-        ASSERT_TRUE(rig.waitFor([&] { return rig.property("saveStatus", "visible").toBool(); }, 60000))
-            << rig.messageText().toStdString();
-        EXPECT_EQ(rig.messageText(), "");
-        rig.screenshot("gev_wizard_step4");
-        rig.click("nextButton");  // Finish
-        ASSERT_TRUE(rig.waitForWindowClosed());
-        ended = rig.ended();
-    });
+    whenWindowAppears(isToolDialog, [this](QWidget* w) { goThroughTheWizard(w); });
     QTest::mouseClick(tools, Qt::LeftButton, {}, tools->actionGeometry(calibrator).center());
-    EXPECT_EQ(ended, "finish");
+    EXPECT_EQ(m_ended, "finish");
 
     // The camera, still the viewer's, holds what the results screen showed.
-    QString after = camera->saveSettings();
+    const QString after = camera->saveSettings();
     EXPECT_NE(after, before);
-    CalibrationResult parser("check");
-    QString filtered = parser.FilterSettings(after);
-    EXPECT_EQ(parser.ParseSettings(filtered), results.value("Calibrated").toObject());
-    EXPECT_NE(results.value("Calibrated"), results.value("Original"));
+    EXPECT_EQ(colourSettings(after), m_results.value("Calibrated").toObject());
+    EXPECT_NE(m_results.value("Calibrated"), m_results.value("Original"));
     // ... and so does its first user set: loaded over a changed gamma, the same colour settings.
     parameters->parameter(ParameterCollection::FloatParameterName("Gamma"))->setValue(1.0);
     parameters->parameter(ParameterCollection::EnumParameterName("UserSetSelector"))->setValue("UserSet1");
     parameters->parameter(ParameterCollection::CommandParameterName("UserSetLoad"))->execute();
-    QString loaded = camera->saveSettings();
-    QString loadedColours = parser.FilterSettings(loaded);
-    EXPECT_EQ(parser.ParseSettings(loadedColours), results.value("Calibrated").toObject());
+    EXPECT_EQ(colourSettings(camera->saveSettings()), m_results.value("Calibrated").toObject());
 }
 
 }  // namespace
