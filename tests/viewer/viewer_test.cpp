@@ -2,6 +2,7 @@
 // list, the live view, the features, the log, the plug-in's command in the
 // Tools menu and the calibrator window it opens.
 #include "gevcameraprocess.h"
+#include "guitestapp.h"
 #include "loopbackonly.h"
 #include "modalanswer.h"
 #include "wizardrig.h"
@@ -306,7 +307,7 @@ protected:
     {
         KALTO_SKIP_UNLESS_LOOPBACK_ONLY();
         GuiTestApp::instance();
-        ASSERT_TRUE(m_server.start(GuiTestApp::sandbox() + "/gevcamera", "V" + std::to_string(::getpid())))
+        ASSERT_TRUE(m_server.start("V" + std::to_string(::getpid())))
             << m_server.error();
         m_id = QString::fromStdString(m_server.id());
         // What --genicam does.
