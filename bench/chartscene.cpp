@@ -30,6 +30,45 @@ ChartScene::Params ChartScene::randomParams(uint32_t seed, int width, int height
     return p;
 }
 
+namespace {
+
+// The 24 patches in chart units, one pitch apart.
+void drawPatches(QPainter& painter)
+{
+    const ColorSpace cs;
+    const dlib::matrix<double, 24, 3> t = ColorChecker().GetTargetRgb();
+    for (int k = 0; k < 24; ++k) {
+        const int c = k % 6, r = k / 6;
+        painter.setBrush(QColor(int(std::lround(cs.RGB_to_sRGB(t(k, 0)))), int(std::lround(cs.RGB_to_sRGB(t(k, 1)))),
+                                int(std::lround(cs.RGB_to_sRGB(t(k, 2))))));
+        painter.drawRect(QRectF(c + 0.1, r + 0.1, 0.8, 0.8));
+    }
+}
+
+// Light falls off across the frame in a random direction; cast and noise on top.
+void light(QImage& img, const ChartScene::Params& prm, std::mt19937& rng)
+{
+    const int W = img.width(), H = img.height();
+    const double dir = std::uniform_real_distribution<double>(0, 2 * M_PI)(rng);
+    std::normal_distribution<double> noise(0.0, std::max(prm.noiseSigma, 1e-9));
+    for (int y = 0; y < H; ++y) {
+        QRgb* line = reinterpret_cast<QRgb*>(img.scanLine(y));
+        for (int x = 0; x < W; ++x) {
+            const double u = ((x - W / 2.0) * std::cos(dir) + (y - H / 2.0) * std::sin(dir)) / (0.5 * std::hypot(W, H));
+            const double light = 1.0 + prm.lightGradient * u;
+            const int in[3] = {qRed(line[x]), qGreen(line[x]), qBlue(line[x])};
+            int out[3];
+            for (int ch = 0; ch < 3; ++ch) {
+                const double v = in[ch] * light * prm.cast[ch] + (prm.noiseSigma > 0 ? noise(rng) : 0.0);
+                out[ch] = std::clamp(int(std::lround(v)), 0, 255);
+            }
+            line[x] = qRgb(out[0], out[1], out[2]);
+        }
+    }
+}
+
+}  // namespace
+
 QImage ChartScene::render(const Params& prm, std::array<QPointF, 4>& corners)
 {
     std::mt19937 rng(prm.seed);
@@ -77,14 +116,7 @@ QImage ChartScene::render(const Params& prm, std::array<QPointF, 4>& corners)
     painter.setTransform(toImage);
     painter.setBrush(QColor(22, 22, 24));
     painter.drawRect(chartRect);
-    const ColorSpace cs;
-    const dlib::matrix<double, 24, 3> t = ColorChecker().GetTargetRgb();
-    for (int k = 0; k < 24; ++k) {
-        const int c = k % 6, r = k / 6;
-        painter.setBrush(QColor(int(std::lround(cs.RGB_to_sRGB(t(k, 0)))), int(std::lround(cs.RGB_to_sRGB(t(k, 1)))),
-                                int(std::lround(cs.RGB_to_sRGB(t(k, 2))))));
-        painter.drawRect(QRectF(c + 0.1, r + 0.1, 0.8, 0.8));
-    }
+    drawPatches(painter);
     // Objects in front of the chart: each hides most of one patch.
     for (int i = 0; i < prm.covered; ++i) {
         const int k = int(uni(0, 24));
@@ -95,23 +127,7 @@ QImage ChartScene::render(const Params& prm, std::array<QPointF, 4>& corners)
     corners = {toImage.map(QPointF(0, 0)), toImage.map(QPointF(6, 0)), toImage.map(QPointF(0, 4)),
                toImage.map(QPointF(6, 4))};
 
-    // Light falls off across the frame in a random direction; cast and noise on top.
-    const double dir = uni(0, 2 * M_PI);
-    std::normal_distribution<double> noise(0.0, std::max(prm.noiseSigma, 1e-9));
-    for (int y = 0; y < H; ++y) {
-        QRgb* line = reinterpret_cast<QRgb*>(img.scanLine(y));
-        for (int x = 0; x < W; ++x) {
-            const double u = ((x - W / 2.0) * std::cos(dir) + (y - H / 2.0) * std::sin(dir)) / (0.5 * std::hypot(W, H));
-            const double light = 1.0 + prm.lightGradient * u;
-            const int in[3] = {qRed(line[x]), qGreen(line[x]), qBlue(line[x])};
-            int out[3];
-            for (int ch = 0; ch < 3; ++ch) {
-                const double v = in[ch] * light * prm.cast[ch] + (prm.noiseSigma > 0 ? noise(rng) : 0.0);
-                out[ch] = std::clamp(int(std::lround(v)), 0, 255);
-            }
-            line[x] = qRgb(out[0], out[1], out[2]);
-        }
-    }
+    light(img, prm, rng);
     return img;
 }
 

@@ -91,6 +91,136 @@ struct Camera {
     }
 };
 
+struct Tally {
+    int cancelled = 0, failed = 0, saved = 0, disconnected = 0, textMismatches = 0, hangs = 0;
+    qint64 longestStepMs = 0;
+};
+
+/// The wizard's steps one after the other, each bounded: a step that overruns
+/// counts as a hang. The fault is injected just before step `faultStep`; once
+/// a step fails, the rest are skipped.
+class Steps {
+public:
+    Steps(const Camera& camera, Fault fault, int faultStep, Tally& tally)
+        : m_camera(camera), m_fault(fault), m_faultStep(faultStep), m_tally(tally)
+    {
+    }
+
+    template <class Work>
+    void operator()(Work&& work)
+    {
+        if (!ok)
+            return;
+        if (++m_step == m_faultStep)
+            inject();
+        QElapsedTimer t;
+        t.start();
+        ok = work();
+        m_tally.longestStepMs = std::max(m_tally.longestStepMs, t.elapsed());
+        if (t.elapsed() > kStepTimeoutMs)
+            ++m_tally.hangs;
+    }
+
+    bool ok = true;
+
+private:
+    void inject() const
+    {
+        if (m_fault == Fault::FailedGrabs)
+            m_camera.device->failNextGrabs(3);
+        else if (m_fault == Fault::SlowFrames)
+            m_camera.device->setExtraFrameDelayMs(300);
+        else if (m_fault == Fault::Disconnect)
+            m_camera.device->disconnectAfterFrames(1);
+    }
+
+    const Camera& m_camera;
+    const Fault m_fault;
+    const int m_faultStep;
+    Tally& m_tally;
+    int m_step = 0;
+};
+
+bool waitForBrightness(ColorCorrectionModel& model)
+{
+    if (!model.AutoAdjustGray80PercentPatch())
+        return false;
+    QEventLoop loop;
+    bool finished = false;
+    QObject::connect(&model, &ColorCorrectionModel::AutoAdjustGray80PercentPatchFinished, &loop, [&] {
+        finished = true;
+        loop.quit();
+    });
+    QTimer::singleShot(kStepTimeoutMs, &loop, &QEventLoop::quit);
+    loop.exec();
+    return finished;
+}
+
+void calibrate(ColorCorrectionModel& model, const Camera& camera, Steps& step)
+{
+    QImage live;
+    step([&] { return model.GrabImage(live, true) || model.GrabImage(live, true); });
+    model.SetGridPositon(camera.grid);
+    step([&] { return model.CreateSettingsBackup(false) && model.CreateSettingsBackup(true); });
+    step([&] { return model.SetNeutralSettings() && model.ExecuteWhitebalance(); });
+    step([&] { return waitForBrightness(model); });
+    step([&] {
+        return model.StoreDetectedExposureAndGain() && model.RestoreSettingsBackup(true) &&
+               model.RestoreDetectedExposureAndGain() && model.ApplyInitialCameraImageAndPatchValues();
+    });
+    step([&] { return model.SetNeutralSettings() && model.ApplyInitialColorPatchValues(); });
+    step([&] { return model.ExecuteCalibrationAndApply() && !model.GetCalibrationsResultsJson().isEmpty(); });
+}
+
+// One run: open, calibrate with a fault drawn at random, save or cancel, close;
+// a camera that was unplugged is plugged in again.
+void runOnce(std::unique_ptr<Camera>& camera, std::mt19937& random, const QTemporaryDir& home, Tally& tally)
+{
+    ColorCorrectionModel model;
+    camera->inject(model);
+    const Fault fault = Fault(std::uniform_int_distribution<int>(0, 3)(random));
+    const int faultStep = std::uniform_int_distribution<int>(1, 7)(random);
+    const bool cancel = std::uniform_int_distribution<int>(0, 1)(random) == 1;
+    if (!model.Open(camera->info)) {
+        ++tally.failed;
+        return;
+    }
+    const std::string opened = camera->text();
+    Steps step(*camera, fault, faultStep, tally);
+    calibrate(model, *camera, step);
+    const bool gone = !camera->device->isConnected();
+    if (step.ok && !cancel) {
+        model.SaveSettingsToFilePath(home.filePath("settings"));
+        ++tally.saved;
+    } else {
+        model.StopAutoAdjustGray80PercentPatch();
+        model.RestoreSettingsBackup(false);
+        ++(step.ok ? tally.cancelled : tally.failed);
+        if (!gone && camera->text() != opened)
+            ++tally.textMismatches;
+    }
+    model.Close();
+    camera->device->setExtraFrameDelayMs(0);
+    if (gone || !camera->device->isConnected()) {
+        ++tally.disconnected;
+        camera = std::make_unique<Camera>();
+    }
+}
+
+bool report(const Tally& tally, int runs, qint64 elapsedMs, long rssAfterTenth, long rssEnd)
+{
+    const double growth = rssAfterTenth > 0 ? 100.0 * double(rssEnd - rssAfterTenth) / double(rssAfterTenth) : 0.0;
+    std::printf("runs %d in %.1f s: saved %d, cancelled %d, failed %d (of them disconnected %d)\n", runs,
+                elapsedMs / 1000.0, tally.saved, tally.cancelled, tally.failed, tally.disconnected);
+    std::printf("longest step %lld ms, steps over %d ms: %d\n", static_cast<long long>(tally.longestStepMs),
+                kStepTimeoutMs, tally.hangs);
+    std::printf("RSS after run 10: %ld kB, at the end: %ld kB (%+.1f %%)\n", rssAfterTenth, rssEnd, growth);
+    std::printf("cancelled or failed runs whose persistence text changed: %d\n", tally.textMismatches);
+    const bool pass = tally.hangs == 0 && tally.textMismatches == 0 && std::abs(growth) <= 10.0;
+    std::printf("%s\n", pass ? "PASS" : "FAIL");
+    return pass;
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
@@ -105,98 +235,14 @@ int main(int argc, char** argv)
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
 
     auto camera = std::make_unique<Camera>();
-    long rssAfterTenth = 0, rssEnd = 0;
-    int cancelled = 0, failed = 0, saved = 0, disconnected = 0, textMismatches = 0, hangs = 0;
-    qint64 longestStepMs = 0;
+    Tally tally;
+    long rssAfterTenth = 0;
     QElapsedTimer total;
     total.start();
-
     for (int run = 0; run < runs; ++run) {
-        ColorCorrectionModel model;
-        camera->inject(model);
-        const Fault fault = Fault(std::uniform_int_distribution<int>(0, 3)(random));
-        const int faultStep = std::uniform_int_distribution<int>(1, 7)(random);
-        const bool cancel = std::uniform_int_distribution<int>(0, 1)(random) == 1;
-        if (!model.Open(camera->info)) {
-            ++failed;
-            continue;
-        }
-        const std::string opened = camera->text();
-        bool ok = true;
-        int step = 0;
-        // Each step bounded: a step that overruns counts as a hang.
-        auto doStep = [&](auto&& work) {
-            if (!ok)
-                return;
-            ++step;
-            if (step == faultStep) {
-                if (fault == Fault::FailedGrabs)
-                    camera->device->failNextGrabs(3);
-                else if (fault == Fault::SlowFrames)
-                    camera->device->setExtraFrameDelayMs(300);
-                else if (fault == Fault::Disconnect)
-                    camera->device->disconnectAfterFrames(1);
-            }
-            QElapsedTimer t;
-            t.start();
-            ok = work();
-            longestStepMs = std::max(longestStepMs, t.elapsed());
-            if (t.elapsed() > kStepTimeoutMs)
-                ++hangs;
-        };
-        QImage live;
-        doStep([&] { return model.GrabImage(live, true) || model.GrabImage(live, true); });
-        model.SetGridPositon(camera->grid);
-        doStep([&] { return model.CreateSettingsBackup(false) && model.CreateSettingsBackup(true); });
-        doStep([&] { return model.SetNeutralSettings() && model.ExecuteWhitebalance(); });
-        doStep([&] {
-            if (!model.AutoAdjustGray80PercentPatch())
-                return false;
-            QEventLoop loop;
-            bool finished = false;
-            QObject::connect(&model, &ColorCorrectionModel::AutoAdjustGray80PercentPatchFinished, &loop, [&] {
-                finished = true;
-                loop.quit();
-            });
-            QTimer::singleShot(kStepTimeoutMs, &loop, &QEventLoop::quit);
-            loop.exec();
-            return finished;
-        });
-        doStep([&] {
-            return model.StoreDetectedExposureAndGain() && model.RestoreSettingsBackup(true) &&
-                   model.RestoreDetectedExposureAndGain() && model.ApplyInitialCameraImageAndPatchValues();
-        });
-        doStep([&] { return model.SetNeutralSettings() && model.ApplyInitialColorPatchValues(); });
-        doStep([&] { return model.ExecuteCalibrationAndApply() && !model.GetCalibrationsResultsJson().isEmpty(); });
-        const bool gone = !camera->device->isConnected();
-        if (ok && !cancel) {
-            ok = model.SaveSettingsToFilePath(home.filePath("settings"));
-            ++saved;
-        } else {
-            model.StopAutoAdjustGray80PercentPatch();
-            model.RestoreSettingsBackup(false);
-            ++(ok ? cancelled : failed);
-            if (!gone && camera->text() != opened)
-                ++textMismatches;
-        }
-        model.Close();
-        camera->device->setExtraFrameDelayMs(0);
-        if (gone || !camera->device->isConnected()) {
-            ++disconnected;
-            camera = std::make_unique<Camera>();  // plugged in again
-        }
+        runOnce(camera, random, home, tally);
         if (run == 9)
             rssAfterTenth = residentKb();
     }
-    rssEnd = residentKb();
-    const double growth = rssAfterTenth > 0 ? 100.0 * double(rssEnd - rssAfterTenth) / double(rssAfterTenth) : 0.0;
-    std::printf("runs %d in %.1f s: saved %d, cancelled %d, failed %d (of them disconnected %d)\n", runs,
-                total.elapsed() / 1000.0, saved, cancelled, failed, disconnected);
-    std::printf("longest step %lld ms, steps over %d ms: %d\n", static_cast<long long>(longestStepMs), kStepTimeoutMs,
-                hangs);
-    std::printf("RSS after run 10: %ld kB, at the end: %ld kB (%+.1f %%)\n", rssAfterTenth, rssEnd, growth);
-    std::printf("cancelled or failed runs whose persistence text changed: %d\n", textMismatches);
-    const bool pass = hangs == 0 && textMismatches == 0 && std::abs(growth) <= 10.0;
-    std::printf("%s\n", pass ? "PASS" : "FAIL");
-    return pass ? 0 : 1;
+    return report(tally, runs, total.elapsed(), rssAfterTenth, residentKb()) ? 0 : 1;
 }

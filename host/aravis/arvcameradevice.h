@@ -13,8 +13,9 @@
 /// is refused with an error saying so), stops an acquisition a crashed client
 /// may have left running and, on GigE Vision, raises the packet size. close()
 /// releases the camera for other applications. Frames come through an
-/// ArvStream on the device's own delivery thread, copied into grab results;
-/// a lost control channel turns into the connection-lost handler.
+/// ArvStream, open from the first acquisition to close(), on the device's own
+/// delivery thread, copied into grab results; a lost control channel turns
+/// into the connection-lost handler.
 class ArvCameraDevice : public Kalto::IDevice {
 public:
     explicit ArvCameraDevice(Kalto::SDeviceInfo info);

@@ -39,15 +39,14 @@ bool typeOfElement(const char* element, ENodeType& type)
 // Selected-feature reads switch the selector and must put it back whatever happens.
 class SelectorRestore {
 public:
-    SelectorRestore(CArvNodeMap& map, std::string selector)
-        : m_map(map), m_selector(std::move(selector)), m_entry(map.getEnum(m_selector))
+    SelectorRestore(CArvNodeMap& map, std::string selector, std::string entry)
+        : m_map(map), m_selector(std::move(selector)), m_entry(std::move(entry))
     {
     }
     ~SelectorRestore()
     {
         try {
-            if (m_map.getEnum(m_selector) != m_entry)
-                m_map.setEnum(m_selector, m_entry);
+            m_map.setEnum(m_selector, m_entry);
         } catch (const std::exception&) {
             // The device is gone; there is no selection left to restore.
         }
@@ -257,7 +256,11 @@ struct CArvNodeMap::Impl {
             int& q;
             ~Loud() { --q; }
         } loud{quiet};
-        SelectorRestore restore(self, selector);
+        // Each read and write is a round trip to the device: none that changes nothing.
+        const std::string previous = self.getEnum(selector);
+        if (previous == entry)
+            return read();
+        SelectorRestore restore(self, selector, previous);
         self.setEnum(selector, entry);
         return read();
     }

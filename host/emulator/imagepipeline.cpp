@@ -143,6 +143,188 @@ inline int toneIndex(float v)
     return static_cast<int>(i);
 }
 
+
+// The sensor's values with the pedestal removed and the black level added.
+// Removing the pedestal also restores the full range, so that a saturated
+// pixel reads full scale.
+struct RawScale {
+    RawScale(const uint16_t* r, int s, const SensorProperties& sensor, const PipelineSettings& settings)
+        : raw(r), stride(s), ped(static_cast<float>(sensor.pedestalDn)),
+          rescale(static_cast<float>(kMaxDn) / static_cast<float>(kMaxDn - sensor.pedestalDn)),
+          black(static_cast<float>(settings.blackLevelDn)),
+          wb{static_cast<float>(settings.balance[0]), static_cast<float>(settings.balance[1]),
+             static_cast<float>(settings.balance[2])}
+    {
+    }
+
+    float operator()(int x, int y) const
+    {
+        const float v = static_cast<float>(raw[static_cast<size_t>(y) * stride + x]) - ped;
+        return (v > 0.0f ? v * rescale : 0.0f) + black;
+    }
+
+    const uint16_t* raw;
+    int stride;
+    float ped, rescale, black;
+    float wb[3];
+};
+
+// A sparse grid of 2x2 cells is plenty for exposure and balance control.
+void measure(const RawScale& lin, int w, int h, FrameStats& stats)
+{
+    const float* wb = lin.wb;
+    std::array<double, 3> sum{{0, 0, 0}};
+    double levelSum = 0.0;
+    int hist[256] = {0};
+    int count = 0;
+    for (int y = 0; y + 1 < h; y += 16) {
+        for (int x = 0; x + 1 < w; x += 16) {
+            const double r = lin(x, y), g = 0.5 * (lin(x + 1, y) + lin(x, y + 1)), b = lin(x + 1, y + 1);
+            sum[0] += r;
+            sum[1] += g;
+            sum[2] += b;
+            const double level = std::min(1.0, (0.2126 * r * wb[0] + 0.7152 * g * wb[1] + 0.0722 * b * wb[2]) / kMaxDn);
+            levelSum += level;
+            ++hist[std::min(255, static_cast<int>(level * 255.0))];
+            ++count;
+        }
+    }
+    if (count == 0)
+        return;
+    for (int c = 0; c < 3; ++c)
+        stats.meanRaw[c] = sum[c] / count;
+    stats.meanLevel = levelSum / count;
+    int acc = 0;
+    stats.lowLevel = -1;
+    for (int i = 0; i < 256; ++i) {
+        acc += hist[i];
+        if (stats.lowLevel < 0 && acc >= count / 100)
+            stats.lowLevel = i / 255.0;
+        if (acc >= count * 99 / 100) {
+            stats.highLevel = (i + 1) / 255.0;
+            break;
+        }
+    }
+}
+
+void writeRawBayer(const RawScale& lin, bool eight, int w, int h, uint8_t* dst)
+{
+    for (int y = 0; y < h; ++y) {
+        for (int x = 0; x < w; ++x) {
+            const float l = std::min(static_cast<float>(kMaxDn), lin(x, y));
+            const int v = eight ? static_cast<int>(l) >> 4 : static_cast<int>(l);
+            const size_t i = static_cast<size_t>(y) * w + x;
+            if (eight) {
+                dst[i] = static_cast<uint8_t>(v);
+            } else {
+                dst[2 * i] = static_cast<uint8_t>(v & 0xff);
+                dst[2 * i + 1] = static_cast<uint8_t>(v >> 8);
+            }
+        }
+    }
+}
+
+ColorStage colorStage(const PipelineSettings& s, bool mono)
+{
+    ColorStage cs;
+    for (int i = 0; i < 9; ++i)
+        cs.m[i] = static_cast<float>(s.matrix[i]);
+    cs.adjust = s.colorAdjustEnable && s.colorAdjust != ColorAdjustment::neutral();
+    for (int i = 0; i < 12; ++i)
+        cs.p[i] = static_cast<float>(s.colorAdjust[i]);
+    cs.hsbc = s.hueDeg != 0.0 || s.saturation != 1.0;
+    const auto hm = hsbcMatrix(s.hueDeg, s.saturation);
+    std::copy(hm.begin(), hm.end(), cs.h);
+    cs.mono = mono;
+    return cs;
+}
+
+// Black level and white balance once per sensor pixel: every neighbour a
+// demosaicing step averages carries the same filter colour, so balancing
+// before interpolating is the same as after.
+void balance(const RawScale& scale, int w, int h, float* lin)
+{
+    const float ped = scale.ped, rescale = scale.rescale, black = scale.black;
+    const float* wb = scale.wb;
+    for (int y = 0; y < h; ++y) {
+        const uint16_t* in = scale.raw + static_cast<size_t>(y) * scale.stride;
+        float* out = lin + static_cast<size_t>(y) * w;
+        const float g0 = wb[(y & 1) ? 1 : 0] * rescale, g1 = wb[(y & 1) ? 2 : 1] * rescale;
+        const float b0 = black * wb[(y & 1) ? 1 : 0], b1 = black * wb[(y & 1) ? 2 : 1];
+        for (int x = 0; x < w; x += 2) {
+            const float v0 = static_cast<float>(in[x]) - ped, v1 = static_cast<float>(in[x + 1]) - ped;
+            out[x] = (v0 > 0.0f ? v0 * g0 : 0.0f) + b0;
+            out[x + 1] = (v1 > 0.0f ? v1 * g1 : 0.0f) + b1;
+        }
+    }
+}
+
+// One colour per 2x2 cell, delivered on both of its rows; `write(y)` takes
+// the processed `row`.
+template <class Write>
+void demosaicSimple(const float* L, int w, int h, const ColorStage& cs, float* planes, float* row, Write write)
+{
+    float* R = planes;
+    float* G = R + w;
+    float* B = G + w;
+    const int blocks = w / 2;
+    for (int y = 0; y < h; y += 2) {
+        const float* r0 = L + static_cast<size_t>(y) * w;
+        const float* r1 = r0 + w;
+        for (int i = 0; i < blocks; ++i) {
+            R[i] = r0[2 * i];
+            G[i] = 0.5f * (r0[2 * i + 1] + r1[2 * i]);
+            B[i] = r1[2 * i + 1];
+        }
+        cs.runRow(R, G, B, blocks, row, 6);
+        for (int i = 0; i < blocks; ++i) {
+            float* px = row + 6 * i;
+            px[3] = px[0];
+            px[4] = px[1];
+            px[5] = px[2];
+        }
+        write(y);
+        write(y + 1);
+    }
+}
+
+// Bilinear, with mirrored borders that keep the colour-filter parity.
+template <class Write>
+void demosaicBilinear(const float* L, int w, int h, const ColorStage& cs, float* planes, float* row, Write write)
+{
+    float* R = planes;
+    float* G = R + w;
+    float* B = G + w;
+    for (int y = 0; y < h; ++y) {
+        const float* up = L + static_cast<size_t>(y == 0 ? 1 : y - 1) * w;
+        const float* mid = L + static_cast<size_t>(y) * w;
+        const float* dn = L + static_cast<size_t>(y + 1 >= h ? h - 2 : y + 1) * w;
+        const bool blueRow = (y & 1) != 0;
+        // Pairs of pixels: the first of a pair sits on red (even rows) or
+        // green (odd rows), the second on green or blue.
+        for (int x = 0; x < w; x += 2) {
+            const int xm = x == 0 ? 1 : x - 1, xp = x + 1, xpp = x + 2 >= w ? w - 2 : x + 2;
+            if (!blueRow) {
+                R[x] = mid[x];
+                G[x] = 0.25f * (mid[xm] + mid[xp] + up[x] + dn[x]);
+                B[x] = 0.25f * (up[xm] + up[xp] + dn[xm] + dn[xp]);
+                R[xp] = 0.5f * (mid[x] + mid[xpp]);
+                G[xp] = mid[xp];
+                B[xp] = 0.5f * (up[xp] + dn[xp]);
+            } else {
+                R[x] = 0.5f * (up[x] + dn[x]);
+                G[x] = mid[x];
+                B[x] = 0.5f * (mid[xm] + mid[xp]);
+                R[xp] = 0.25f * (up[x] + up[xpp] + dn[x] + dn[xpp]);
+                G[xp] = 0.25f * (mid[x] + mid[xpp] + up[xp] + dn[xp]);
+                B[xp] = mid[xp];
+            }
+        }
+        cs.runRow(R, G, B, w, row, 3);
+        write(y);
+    }
+}
+
 }  // namespace
 
 ImagePipeline::ImagePipeline(const SensorProperties& sensor) : m_sensor(sensor)
@@ -263,7 +445,6 @@ void ImagePipeline::process(const RenderedScene& scene, const PipelineSettings& 
         expose(scene, s, seed);
     else
         testPattern(s);
-    const int stride = scene.width;
     const Kalto::EPixelType format = isSupported(s.format) ? s.format : Kalto::PixelType_RGB8packed;
     out.width = w;
     out.height = h;
@@ -271,164 +452,28 @@ void ImagePipeline::process(const RenderedScene& scene, const PipelineSettings& 
     const int bits = static_cast<int>(Kalto::BitPerPixel(format));
     out.data.resize(static_cast<size_t>(w) * h * bits / 8);
 
-    const float ped = static_cast<float>(m_sensor.pedestalDn);
-    // Removing the pedestal also restores the full range, so that a saturated
-    // pixel reads full scale.
-    const float rescale = static_cast<float>(kMaxDn) / static_cast<float>(kMaxDn - m_sensor.pedestalDn);
-    const float black = static_cast<float>(s.blackLevelDn);
-    const float wb[3] = {static_cast<float>(s.balance[0]), static_cast<float>(s.balance[1]),
-                         static_cast<float>(s.balance[2])};
-    const uint16_t* raw = m_raw.data();
-    // Black level then white balance: one value per sensor pixel.
-    auto lin = [&](int x, int y) {
-        const float v = static_cast<float>(raw[static_cast<size_t>(y) * stride + x]) - ped;
-        return (v > 0.0f ? v * rescale : 0.0f) + black;
-    };
-
-    if (stats) {
-        // A sparse grid of 2x2 cells is plenty for exposure and balance control.
-        std::array<double, 3> sum{{0, 0, 0}};
-        double levelSum = 0.0;
-        int hist[256] = {0};
-        int count = 0;
-        for (int y = 0; y + 1 < h; y += 16) {
-            for (int x = 0; x + 1 < w; x += 16) {
-                const double r = lin(x, y), g = 0.5 * (lin(x + 1, y) + lin(x, y + 1)), b = lin(x + 1, y + 1);
-                sum[0] += r;
-                sum[1] += g;
-                sum[2] += b;
-                const double level = std::min(1.0, (0.2126 * r * wb[0] + 0.7152 * g * wb[1] + 0.0722 * b * wb[2]) / kMaxDn);
-                levelSum += level;
-                ++hist[std::min(255, static_cast<int>(level * 255.0))];
-                ++count;
-            }
-        }
-        if (count > 0) {
-            for (int c = 0; c < 3; ++c)
-                stats->meanRaw[c] = sum[c] / count;
-            stats->meanLevel = levelSum / count;
-            int acc = 0;
-            stats->lowLevel = -1;
-            for (int i = 0; i < 256; ++i) {
-                acc += hist[i];
-                if (stats->lowLevel < 0 && acc >= count / 100)
-                    stats->lowLevel = i / 255.0;
-                if (acc >= count * 99 / 100) {
-                    stats->highLevel = (i + 1) / 255.0;
-                    break;
-                }
-            }
-        }
-    }
-
+    const RawScale scale(m_raw.data(), scene.width, m_sensor, s);
+    if (stats)
+        measure(scale, w, h, *stats);
     uint8_t* dst = out.data.data();
     // Raw Bayer output skips the colour pipeline; processed raw runs it and
     // mosaics the result again (writeRow keeps each pixel's own channel).
     if (Kalto::IsBayer(format) && !s.processedRaw) {
-        const bool eight = Kalto::BitDepth(format) == 8;
-        for (int y = 0; y < h; ++y) {
-            for (int x = 0; x < w; ++x) {
-                const float l = std::min(static_cast<float>(kMaxDn), lin(x, y));
-                const int v = eight ? static_cast<int>(l) >> 4 : static_cast<int>(l);
-                const size_t i = static_cast<size_t>(y) * w + x;
-                if (eight) {
-                    dst[i] = static_cast<uint8_t>(v);
-                } else {
-                    dst[2 * i] = static_cast<uint8_t>(v & 0xff);
-                    dst[2 * i + 1] = static_cast<uint8_t>(v >> 8);
-                }
-            }
-        }
+        writeRawBayer(scale, Kalto::BitDepth(format) == 8, w, h, dst);
         return;
     }
 
     buildTone(s, Kalto::BitDepth(format) == 8 ? 255 : kMaxDn);
-    ColorStage cs;
-    for (int i = 0; i < 9; ++i)
-        cs.m[i] = static_cast<float>(s.matrix[i]);
-    cs.adjust = s.colorAdjustEnable && s.colorAdjust != ColorAdjustment::neutral();
-    for (int i = 0; i < 12; ++i)
-        cs.p[i] = static_cast<float>(s.colorAdjust[i]);
-    cs.hsbc = s.hueDeg != 0.0 || s.saturation != 1.0;
-    const auto hm = hsbcMatrix(s.hueDeg, s.saturation);
-    std::copy(hm.begin(), hm.end(), cs.h);
-    cs.mono = Kalto::IsMono(format);
-
-    // Black level and white balance once per sensor pixel: every neighbour a
-    // demosaicing step averages carries the same filter colour, so balancing
-    // before interpolating is the same as after.
+    const ColorStage cs = colorStage(s, Kalto::IsMono(format));
     m_lin.resize(static_cast<size_t>(w) * h);
-    for (int y = 0; y < h; ++y) {
-        const uint16_t* in = raw + static_cast<size_t>(y) * stride;
-        float* out = m_lin.data() + static_cast<size_t>(y) * w;
-        const float g0 = wb[(y & 1) ? 1 : 0] * rescale, g1 = wb[(y & 1) ? 2 : 1] * rescale;
-        const float b0 = black * wb[(y & 1) ? 1 : 0], b1 = black * wb[(y & 1) ? 2 : 1];
-        for (int x = 0; x < w; x += 2) {
-            const float v0 = static_cast<float>(in[x]) - ped, v1 = static_cast<float>(in[x + 1]) - ped;
-            out[x] = (v0 > 0.0f ? v0 * g0 : 0.0f) + b0;
-            out[x + 1] = (v1 > 0.0f ? v1 * g1 : 0.0f) + b1;
-        }
-    }
+    balance(scale, w, h, m_lin.data());
     m_row.resize(static_cast<size_t>(3) * w);
     m_planes.resize(static_cast<size_t>(3) * w);
-    float* row = m_row.data();
-    float* R = m_planes.data();
-    float* G = R + w;
-    float* B = G + w;
-    const float* L = m_lin.data();
-
-    if (s.demosaicing == Demosaicing::Simple) {
-        const int blocks = w / 2;
-        for (int y = 0; y < h; y += 2) {
-            const float* r0 = L + static_cast<size_t>(y) * w;
-            const float* r1 = r0 + w;
-            for (int i = 0; i < blocks; ++i) {
-                R[i] = r0[2 * i];
-                G[i] = 0.5f * (r0[2 * i + 1] + r1[2 * i]);
-                B[i] = r1[2 * i + 1];
-            }
-            cs.runRow(R, G, B, blocks, row, 6);
-            for (int i = 0; i < blocks; ++i) {
-                float* px = row + 6 * i;
-                px[3] = px[0];
-                px[4] = px[1];
-                px[5] = px[2];
-            }
-            writeRow(format, row, w, dst, y);
-            writeRow(format, row, w, dst, y + 1);
-        }
-        return;
-    }
-
-    // Bilinear, with mirrored borders that keep the colour-filter parity.
-    for (int y = 0; y < h; ++y) {
-        const float* up = L + static_cast<size_t>(y == 0 ? 1 : y - 1) * w;
-        const float* mid = L + static_cast<size_t>(y) * w;
-        const float* dn = L + static_cast<size_t>(y + 1 >= h ? h - 2 : y + 1) * w;
-        const bool blueRow = (y & 1) != 0;
-        // Pairs of pixels: the first of a pair sits on red (even rows) or
-        // green (odd rows), the second on green or blue.
-        for (int x = 0; x < w; x += 2) {
-            const int xm = x == 0 ? 1 : x - 1, xp = x + 1, xpp = x + 2 >= w ? w - 2 : x + 2;
-            if (!blueRow) {
-                R[x] = mid[x];
-                G[x] = 0.25f * (mid[xm] + mid[xp] + up[x] + dn[x]);
-                B[x] = 0.25f * (up[xm] + up[xp] + dn[xm] + dn[xp]);
-                R[xp] = 0.5f * (mid[x] + mid[xpp]);
-                G[xp] = mid[xp];
-                B[xp] = 0.5f * (up[xp] + dn[xp]);
-            } else {
-                R[x] = 0.5f * (up[x] + dn[x]);
-                G[x] = mid[x];
-                B[x] = 0.5f * (mid[xm] + mid[xp]);
-                R[xp] = 0.25f * (up[x] + up[xpp] + dn[x] + dn[xpp]);
-                G[xp] = 0.25f * (mid[x] + mid[xpp] + up[xp] + dn[xp]);
-                B[xp] = mid[xp];
-            }
-        }
-        cs.runRow(R, G, B, w, row, 3);
-        writeRow(format, row, w, dst, y);
-    }
+    const auto write = [&](int y) { writeRow(format, m_row.data(), w, dst, y); };
+    if (s.demosaicing == Demosaicing::Simple)
+        demosaicSimple(m_lin.data(), w, h, cs, m_planes.data(), m_row.data(), write);
+    else
+        demosaicBilinear(m_lin.data(), w, h, cs, m_planes.data(), m_row.data(), write);
 }
 
 void ImagePipeline::writeRow(Kalto::EPixelType format, const float* row, int width, uint8_t* dst, int y) const

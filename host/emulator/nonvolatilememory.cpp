@@ -1,5 +1,7 @@
 #include "nonvolatilememory.h"
 
+#include "emulatorlog.h"
+
 #include "core/savefile.h"
 
 #include <QDir>
@@ -10,7 +12,6 @@
 #include <QLockFile>
 #include <QRegularExpression>
 #include <QStandardPaths>
-#include <QtDebug>
 
 #include <stdexcept>
 
@@ -101,10 +102,10 @@ void NonVolatileMemory::load()
     if (readFile(m_path, m_contents, nullptr, why) != Read::Damaged)
         return;
     if (readFile(backupOf(m_path), m_contents, nullptr, backupWhy) == Read::Good) {
-        qWarning("camera memory %s damaged (%s); using its backup", qPrintable(m_path), qPrintable(why));
+        qCWarning(emulatorLog, "camera memory %s damaged (%s); using its backup", qPrintable(m_path), qPrintable(why));
         return;
     }
-    qWarning("camera memory %s damaged (%s) and no good backup; starting empty", qPrintable(m_path), qPrintable(why));
+    qCWarning(emulatorLog, "camera memory %s damaged (%s) and no good backup; starting empty", qPrintable(m_path), qPrintable(why));
 }
 
 void NonVolatileMemory::storeSet(const std::string& name, const std::string& text)
@@ -144,8 +145,8 @@ void NonVolatileMemory::change(const std::function<void(Contents&)>& edit)
         QFile::remove(m_path + ".damaged");
         if (!QFile::rename(m_path, m_path + ".damaged"))
             throw std::runtime_error(where + " is damaged and cannot be moved aside");
-        qWarning("camera memory %s damaged (%s); kept as %s.damaged, continuing from its backup", qPrintable(m_path),
-                 qPrintable(why), qPrintable(m_path));
+        qCWarning(emulatorLog, "camera memory %s damaged (%s); kept as %s.damaged, continuing from its backup",
+                  qPrintable(m_path), qPrintable(why), qPrintable(m_path));
         break;
     }
     edit(current);

@@ -60,6 +60,9 @@ CameraModel modelFor(const GevCamera::Options& o)
 
 struct GevCamera::Impl {
     using Clock = std::chrono::steady_clock;
+    /// How long after a first frame went out a client that still acquires is
+    /// taken to stream rather than to wait for its single frame.
+    static constexpr std::chrono::milliseconds kSingleFrameGrace{100};
 
     explicit Impl(const Options& o) : options(o), camera(modelFor(o)), layout(camera.nodeMap())
     {
@@ -72,17 +75,19 @@ struct GevCamera::Impl {
     std::vector<uint8_t> encode(const Slot& s);
     void apply(const Slot& s, uint32_t entry);
     void onWrite(uint32_t address, uint32_t size);
+    void followStreaming(uint32_t address);
     void pushAll();
     void sensorLoop();
     void fill(ArvBuffer* buffer);
     /// Under frameMutex: the newest frame started after the last write and was not sent yet.
     bool fresh() const { return frame.IsValid() && frame->GetTimeStamp() > std::max(lastWriteNs, lastSentNs); }
     /// Under frameMutex.
-    void setTrigger(bool on)
+    void setTrigger(bool on) { setRegister(RegisterLayout::kTriggerSoftwareAddress, on ? 1 : 0); }
+    void setRegister(uint32_t address, uint32_t value)
     {
         uint8_t be[4];
-        putBigEndian(be, on ? 1 : 0, 4);
-        RegisterWriteHook::writeMemory(fake, RegisterLayout::kTriggerSoftwareAddress, 4, be);
+        putBigEndian(be, value, 4);
+        RegisterWriteHook::writeMemory(fake, address, 4, be);
     }
     static uint64_t nowNs()
     {
@@ -106,7 +111,8 @@ struct GevCamera::Impl {
     std::thread sensor;
     std::atomic<bool> quit{false};
     bool clientAcquiring = false;  ///< the acquisition register is set
-    bool inFlight = false;         ///< the emulator is making a frame
+    int framesSent = 0;            ///< since the client last started
+    Clock::time_point lastSent;
     uint64_t lastWriteNs = 0;  ///< steady clock, as the frames' time stamps
     uint64_t lastSentNs = 0;
 };
@@ -253,7 +259,10 @@ void GevCamera::Impl::onWrite(uint32_t address, uint32_t size)
         std::lock_guard<std::mutex> lock(frameMutex);
         lastWriteNs = nowNs();
         setTrigger(false);
+        if (acquisition != 0 && !clientAcquiring)
+            framesSent = 0;
         clientAcquiring = acquisition != 0;
+        followStreaming(address);
     }
     sensorWake.notify_all();
     const uint32_t end = address + size;
@@ -289,6 +298,22 @@ void GevCamera::Impl::onWrite(uint32_t address, uint32_t size)
         pushAll();
 }
 
+// The fake camera's thread looks for work every 100 ms until it has sent a
+// frame, and every millisecond from then on for as long as it streams. So it
+// keeps streaming (sending only what the sensor triggers) from the client's
+// first acquisition on, and a single frame after the first costs no idle
+// poll. It stops, to read the stream address and payload size afresh at the
+// next start, when control changes hands or the client sets the stream or the
+// image format up anew, which it does only while not acquiring.
+void GevCamera::Impl::followStreaming(uint32_t address)
+{
+    if (address == RegisterLayout::kAcquisitionAddress && clientAcquiring)
+        setRegister(RegisterLayout::kStreamingAddress, 1);
+    else if (address < RegisterLayout::kAcquisitionAddress &&
+             (!clientAcquiring || address == RegisterLayout::kPrivilegeAddress))
+        setRegister(RegisterLayout::kStreamingAddress, 0);
+}
+
 void GevCamera::Impl::pushAll()
 {
     const auto& all = layout.features();
@@ -301,39 +326,39 @@ void GevCamera::Impl::pushAll()
     }
 }
 
-// The bridge between the client's acquisition and the emulator: while the
-// client acquires and no frame is in the making or waiting to be sent, the
-// emulator takes one frame, no sooner than its frame rate allows. A frame
-// made stale by a write is made again. Nothing runs while the client does not
-// acquire, so auto functions act only on frames asked for, as in process.
+// The bridge between the client's acquisition and the emulator. A client
+// that takes a single frame stops once it has it; one that streams goes on.
+// So the emulator makes the first frame of an acquisition alone and, should
+// the client still acquire a moment after it went out, acquires continuously,
+// rendering each next frame while the current one goes out. Nothing runs
+// while the client does not acquire (the frame in the making is finished, for
+// a client that starts again at once), so auto functions act only on frames
+// asked for, as in process.
 void GevCamera::Impl::sensorLoop()
 {
     std::unique_lock<std::mutex> lock(frameMutex);
-    Clock::time_point lastStart;
     while (!quit) {
-        sensorWake.wait(lock, [this] { return quit || (clientAcquiring && !inFlight && !fresh()); });
-        if (quit)
-            break;
-        const auto period = std::chrono::microseconds(static_cast<int64_t>(1e6 / camera.frameRate()));
-        if (Clock::now() < lastStart + period) {
-            sensorWake.wait_until(lock, lastStart + period, [this] { return quit.load(); });
+        if (!clientAcquiring || camera.isAcquiring() || fresh()) {
+            sensorWake.wait(lock);
             continue;
         }
-        inFlight = true;
-        lastStart = Clock::now();
+        if (framesSent > 0 && Clock::now() < lastSent + kSingleFrameGrace) {
+            sensorWake.wait_until(lock, lastSent + kSingleFrameGrace);
+            continue;
+        }
         lock.unlock();
         try {
-            camera.stopAcquisition();  // the last single frame's thread, ending
-            camera.startAcquisition(Kalto::EAcquisitionMode::SingleFrame);
+            camera.startAcquisition(Kalto::EAcquisitionMode::Continuous);
         } catch (const std::exception& e) {
             std::fprintf(stderr, "kalto-gev-camera: acquisition: %s\n", e.what());
             lock.lock();
-            inFlight = false;
             clientAcquiring = false;
             continue;
         }
         lock.lock();
     }
+    lock.unlock();
+    camera.stopAcquisition();  // before the fake camera it triggers goes
 }
 
 void GevCamera::Impl::fill(ArvBuffer* buffer)
@@ -347,6 +372,8 @@ void GevCamera::Impl::fill(ArvBuffer* buffer)
         if (frameReady.wait_for(lock, std::chrono::seconds(10), [this] { return fresh(); })) {
             result = frame;
             lastSentNs = frame->GetTimeStamp();
+            lastSent = Clock::now();
+            ++framesSent;
         }
     }
     sensorWake.notify_all();
@@ -359,9 +386,8 @@ void GevCamera::Impl::fill(ArvBuffer* buffer)
     }
     pushAll();  // auto functions moved exposure, gain or white balance
     if (camera.nodeMap().getEnum("AcquisitionMode") == "SingleFrame") {
-        const uint8_t stop[4] = {0, 0, 0, 0};
-        RegisterWriteHook::writeMemory(fake, RegisterLayout::kAcquisitionAddress, 4, stop);
         std::lock_guard<std::mutex> lock(frameMutex);
+        setRegister(RegisterLayout::kAcquisitionAddress, 0);
         clientAcquiring = false;
     }
 }
@@ -370,15 +396,19 @@ void GevCamera::Impl::start()
 {
     camera.open();
     camera.setFrameSink([this](const Kalto::CGrabResultPtr& r) {
+        bool pause;
         {
             std::lock_guard<std::mutex> lock(frameMutex);
             frame = r;
-            inFlight = false;
             if (fresh())
                 setTrigger(true);
+            pause = !clientAcquiring || (fresh() && framesSent == 0);
         }
         frameReady.notify_all();
-        sensorWake.notify_all();
+        if (pause) {
+            camera.stopAcquisition();  // from its own thread: ends after this frame
+            sensorWake.notify_all();
+        }
     });
     sensor = std::thread([this] { sensorLoop(); });
 
@@ -406,10 +436,8 @@ void GevCamera::Impl::start()
     // and triggers the fake camera in software for each new frame; the fake
     // camera's thread looks for a trigger every millisecond and so stays free
     // to answer the client (and its heartbeat) while a frame is being made.
-    uint8_t on[4];
-    putBigEndian(on, 1, 4);
-    RegisterWriteHook::writeMemory(fake, RegisterLayout::kTriggerModeAddress, 4, on);
-    RegisterWriteHook::writeMemory(fake, RegisterLayout::kTriggerSourceAddress, 4, on);
+    setRegister(RegisterLayout::kTriggerModeAddress, 1);
+    setRegister(RegisterLayout::kTriggerSourceAddress, 1);
     arv_fake_camera_set_trigger_frequency(fake, 1000.0);
     arv_fake_camera_set_fill_pattern(
         fake, [](ArvBuffer* b, void* self, guint32, guint32, ArvPixelFormat) { static_cast<Impl*>(self)->fill(b); },

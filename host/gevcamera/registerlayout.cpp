@@ -125,10 +125,13 @@ const RegisterLayout::Slot* RegisterLayout::slotAt(uint32_t address) const
     return address < s.address + s.length * s.entries ? &s : nullptr;
 }
 
-std::string RegisterLayout::genicamXml(const std::string& modelName) const
+// Pieces of the GenICam description, one node kind each.
+namespace {
+
+using Slot = RegisterLayout::Slot;
+
+void writeHeader(std::ostream& x, const std::string& modelName)
 {
-    std::lock_guard<std::recursive_mutex> lock(m_map.mutex());
-    std::ostringstream x;
     x << "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
          "<RegisterDescription ModelName=\"" << modelName << "\" VendorName=\"Kalto\"\n"
          "    ToolTip=\"Emulated colour camera\" StandardNameSpace=\"GEV\"\n"
@@ -136,140 +139,166 @@ std::string RegisterLayout::genicamXml(const std::string& modelName) const
          "    MajorVersion=\"1\" MinorVersion=\"0\" SubMinorVersion=\"0\"\n"
          "    ProductGuid=\"5A3C1E0B-7F24-4C51-9E0D-6B2F0C8A4D11\" VersionGuid=\"0B7E9A62-3D15-4F8C-A1E4-92C6D05B7F30\"\n"
          "    xmlns=\"http://www.genicam.org/GenApi/Version_1_1\">\n";
+}
 
-    // One flat category in the node map's order: loading settings walks it,
-    // and the emulator registers auto functions before what they drive.
+// One flat category in the node map's order: loading settings walks it,
+// and the emulator registers auto functions before what they drive.
+void writeCategory(std::ostream& x, const std::vector<Slot>& slots)
+{
     x << "  <Category Name=\"Root\" NameSpace=\"Standard\">\n";
-    for (const Slot& s : m_slots)
+    for (const Slot& s : slots)
         x << "    <pFeature>" << s.name << "</pFeature>\n";
     x << "    <pFeature>PayloadSize</pFeature>\n"
          "    <pFeature>AcquisitionStart</pFeature>\n"
          "    <pFeature>AcquisitionStop</pFeature>\n"
          "  </Category>\n";
+}
 
-    auto reg = [&](const std::string& name, const Slot& s, bool isSigned) {
-        x << "  <IntReg Name=\"" << name << "\">\n"
-          << "    <Address>" << hex(s.address) << "</Address>\n";
-        if (!s.selector.empty())
-            x << "    <pIndex Offset=\"" << s.length << "\">" << s.selector << "_Reg</pIndex>\n";
-        x << "    <Length>" << s.length << "</Length>\n"
-          << "    <AccessMode>" << (s.readOnly ? "RO" : "RW") << "</AccessMode>\n"
-          << "    <pPort>Device</pPort>\n"
-          << "    <Sign>" << (isSigned ? "Signed" : "Unsigned") << "</Sign>\n"
-          << "    <Endianess>BigEndian</Endianess>\n"
-          << "  </IntReg>\n";
-    };
-    auto common = [&](const Slot& s) {
-        if (!s.lockedBy.empty())
-            x << "    <pIsLocked>" << s.name << "_Locked</pIsLocked>\n";
-        if (s.readOnly)
-            x << "    <ImposedAccessMode>RO</ImposedAccessMode>\n";
-        if (s.streamable)
-            x << "    <Streamable>Yes</Streamable>\n";
-    };
+void writeIntReg(std::ostream& x, const std::string& name, const Slot& s, bool isSigned)
+{
+    x << "  <IntReg Name=\"" << name << "\">\n"
+      << "    <Address>" << hex(s.address) << "</Address>\n";
+    if (!s.selector.empty())
+        x << "    <pIndex Offset=\"" << s.length << "\">" << s.selector << "_Reg</pIndex>\n";
+    x << "    <Length>" << s.length << "</Length>\n"
+      << "    <AccessMode>" << (s.readOnly ? "RO" : "RW") << "</AccessMode>\n"
+      << "    <pPort>Device</pPort>\n"
+      << "    <Sign>" << (isSigned ? "Signed" : "Unsigned") << "</Sign>\n"
+      << "    <Endianess>BigEndian</Endianess>\n"
+      << "  </IntReg>\n";
+}
 
-    for (const Slot& s : m_slots) {
-        const std::string& n = s.name;
-        switch (s.kind) {
-        case Kind::ScaledFloat: {
-            const std::string unit = m_map.floatUnit(n);
-            x << "  <Converter Name=\"" << n << "\" NameSpace=\"Standard\">\n";
-            common(s);
-            x << "    <FormulaTo>ROUND(FROM*" << number(s.scale) << ")</FormulaTo>\n"
-              << "    <FormulaFrom>TO/" << number(s.scale) << ".0</FormulaFrom>\n"
-              << "    <pValue>" << n << "_Raw</pValue>\n";
-            if (!unit.empty())
-                x << "    <Unit>" << unit << "</Unit>\n";
-            x << "    <Slope>Increasing</Slope>\n"
-              << "    <IsLinear>Yes</IsLinear>\n"
-              << "  </Converter>\n"
-              << "  <Integer Name=\"" << n << "_Raw\">\n"
-              << "    <pValue>" << n << "_Reg</pValue>\n"
-              << "    <Min>" << std::llround(m_map.floatMin(n) * s.scale) << "</Min>\n"
-              << "    <Max>" << std::llround(m_map.floatMax(n) * s.scale) << "</Max>\n"
-              << "    <Inc>1</Inc>\n"
-              << "  </Integer>\n";
-            reg(n + "_Reg", s, true);
-            break;
-        }
-        case Kind::DoubleFloat:
-            x << "  <Float Name=\"" << n << "\" NameSpace=\"Standard\">\n";
-            common(s);
-            x << "    <pValue>" << n << "_Reg</pValue>\n"
-              << "    <Min>" << number(m_map.floatMin(n)) << "</Min>\n"
-              << "    <Max>" << number(m_map.floatMax(n)) << "</Max>\n";
-            if (!m_map.floatUnit(n).empty())
-                x << "    <Unit>" << m_map.floatUnit(n) << "</Unit>\n";
-            x << "  </Float>\n"
-              << "  <FloatReg Name=\"" << n << "_Reg\">\n"
-              << "    <Address>" << hex(s.address) << "</Address>\n"
-              << "    <Length>8</Length>\n"
-              << "    <AccessMode>" << (s.readOnly ? "RO" : "RW") << "</AccessMode>\n"
-              << "    <pPort>Device</pPort>\n"
-              << "    <Endianess>BigEndian</Endianess>\n"
-              << "  </FloatReg>\n";
-            break;
-        case Kind::Integer:
-            x << "  <Integer Name=\"" << n << "\" NameSpace=\"Standard\">\n";
-            common(s);
-            x << "    <pValue>" << n << "_Reg</pValue>\n"
-              << "    <Min>" << m_map.integerMin(n) << "</Min>\n"
-              << "    <Max>" << m_map.integerMax(n) << "</Max>\n"
-              << "    <Inc>" << m_map.integerIncrement(n) << "</Inc>\n"
-              << "  </Integer>\n";
-            reg(n + "_Reg", s, true);
-            break;
-        case Kind::Enumeration:
-            x << "  <Enumeration Name=\"" << n << "\" NameSpace=\"Standard\">\n";
-            common(s);
-            for (const std::string& f : m_map.selectedFeatures(n))
-                x << "    <pSelected>" << f << "</pSelected>\n";
-            for (const auto& e : m_map.enumEntries(n)) {
-                x << "    <EnumEntry Name=\"" << e.symbolic << "\">\n";
-                if (!e.displayName.empty())
-                    x << "      <DisplayName>" << e.displayName << "</DisplayName>\n";
-                x << "      <Value>" << e.value << "</Value>\n"
-                  << "    </EnumEntry>\n";
-            }
-            x << "    <pValue>" << n << "_Reg</pValue>\n"
-              << "  </Enumeration>\n";
-            reg(n + "_Reg", s, false);
-            break;
-        case Kind::Boolean:
-            x << "  <Boolean Name=\"" << n << "\" NameSpace=\"Standard\">\n";
-            common(s);
-            x << "    <pValue>" << n << "_Reg</pValue>\n"
-              << "    <OnValue>1</OnValue>\n"
-              << "    <OffValue>0</OffValue>\n"
-              << "  </Boolean>\n";
-            reg(n + "_Reg", s, false);
-            break;
-        case Kind::String:
-            x << "  <StringReg Name=\"" << n << "\" NameSpace=\"Standard\">\n";
-            common(s);
-            x << "    <Address>" << hex(s.address) << "</Address>\n"
-              << "    <Length>" << s.length << "</Length>\n"
-              << "    <AccessMode>" << (s.readOnly ? "RO" : "RW") << "</AccessMode>\n"
-              << "    <pPort>Device</pPort>\n"
-              << "  </StringReg>\n";
-            break;
-        case Kind::Command:
-            x << "  <Command Name=\"" << n << "\" NameSpace=\"Standard\">\n";
-            common(s);
-            x << "    <pValue>" << n << "_Reg</pValue>\n"
-              << "    <CommandValue>1</CommandValue>\n"
-              << "  </Command>\n";
-            reg(n + "_Reg", s, false);
-            break;
-        }
-        if (!s.lockedBy.empty())
-            x << "  <IntSwissKnife Name=\"" << n << "_Locked\">\n"
-              << "    <pVariable Name=\"A\">" << s.lockedBy << "_Reg</pVariable>\n"
-              << "    <Formula>" << (s.lockedWhenZero ? "A=0" : "A&gt;0") << "</Formula>\n"
-              << "  </IntSwissKnife>\n";
+// What every feature node says about its lock, access and persistence.
+void writeCommon(std::ostream& x, const Slot& s)
+{
+    if (!s.lockedBy.empty())
+        x << "    <pIsLocked>" << s.name << "_Locked</pIsLocked>\n";
+    if (s.readOnly)
+        x << "    <ImposedAccessMode>RO</ImposedAccessMode>\n";
+    if (s.streamable)
+        x << "    <Streamable>Yes</Streamable>\n";
+}
+
+// A float with an increment: an integer register of value / increment.
+void writeScaledFloat(std::ostream& x, const Slot& s, const Kalto::CNodeMap& map)
+{
+    const std::string& n = s.name;
+    const std::string unit = map.floatUnit(n);
+    x << "  <Converter Name=\"" << n << "\" NameSpace=\"Standard\">\n";
+    writeCommon(x, s);
+    x << "    <FormulaTo>ROUND(FROM*" << number(s.scale) << ")</FormulaTo>\n"
+      << "    <FormulaFrom>TO/" << number(s.scale) << ".0</FormulaFrom>\n"
+      << "    <pValue>" << n << "_Raw</pValue>\n";
+    if (!unit.empty())
+        x << "    <Unit>" << unit << "</Unit>\n";
+    x << "    <Slope>Increasing</Slope>\n"
+      << "    <IsLinear>Yes</IsLinear>\n"
+      << "  </Converter>\n"
+      << "  <Integer Name=\"" << n << "_Raw\">\n"
+      << "    <pValue>" << n << "_Reg</pValue>\n"
+      << "    <Min>" << std::llround(map.floatMin(n) * s.scale) << "</Min>\n"
+      << "    <Max>" << std::llround(map.floatMax(n) * s.scale) << "</Max>\n"
+      << "    <Inc>1</Inc>\n"
+      << "  </Integer>\n";
+    writeIntReg(x, n + "_Reg", s, true);
+}
+
+void writeDoubleFloat(std::ostream& x, const Slot& s, const Kalto::CNodeMap& map)
+{
+    const std::string& n = s.name;
+    x << "  <Float Name=\"" << n << "\" NameSpace=\"Standard\">\n";
+    writeCommon(x, s);
+    x << "    <pValue>" << n << "_Reg</pValue>\n"
+      << "    <Min>" << number(map.floatMin(n)) << "</Min>\n"
+      << "    <Max>" << number(map.floatMax(n)) << "</Max>\n";
+    if (!map.floatUnit(n).empty())
+        x << "    <Unit>" << map.floatUnit(n) << "</Unit>\n";
+    x << "  </Float>\n"
+      << "  <FloatReg Name=\"" << n << "_Reg\">\n"
+      << "    <Address>" << hex(s.address) << "</Address>\n"
+      << "    <Length>8</Length>\n"
+      << "    <AccessMode>" << (s.readOnly ? "RO" : "RW") << "</AccessMode>\n"
+      << "    <pPort>Device</pPort>\n"
+      << "    <Endianess>BigEndian</Endianess>\n"
+      << "  </FloatReg>\n";
+}
+
+void writeInteger(std::ostream& x, const Slot& s, const Kalto::CNodeMap& map)
+{
+    const std::string& n = s.name;
+    x << "  <Integer Name=\"" << n << "\" NameSpace=\"Standard\">\n";
+    writeCommon(x, s);
+    x << "    <pValue>" << n << "_Reg</pValue>\n"
+      << "    <Min>" << map.integerMin(n) << "</Min>\n"
+      << "    <Max>" << map.integerMax(n) << "</Max>\n"
+      << "    <Inc>" << map.integerIncrement(n) << "</Inc>\n"
+      << "  </Integer>\n";
+    writeIntReg(x, n + "_Reg", s, true);
+}
+
+void writeEnumeration(std::ostream& x, const Slot& s, const Kalto::CNodeMap& map)
+{
+    const std::string& n = s.name;
+    x << "  <Enumeration Name=\"" << n << "\" NameSpace=\"Standard\">\n";
+    writeCommon(x, s);
+    for (const std::string& f : map.selectedFeatures(n))
+        x << "    <pSelected>" << f << "</pSelected>\n";
+    for (const auto& e : map.enumEntries(n)) {
+        x << "    <EnumEntry Name=\"" << e.symbolic << "\">\n";
+        if (!e.displayName.empty())
+            x << "      <DisplayName>" << e.displayName << "</DisplayName>\n";
+        x << "      <Value>" << e.value << "</Value>\n"
+          << "    </EnumEntry>\n";
     }
+    x << "    <pValue>" << n << "_Reg</pValue>\n"
+      << "  </Enumeration>\n";
+    writeIntReg(x, n + "_Reg", s, false);
+}
 
-    // What every GigE Vision client needs beside the colour features.
+void writeBoolean(std::ostream& x, const Slot& s)
+{
+    x << "  <Boolean Name=\"" << s.name << "\" NameSpace=\"Standard\">\n";
+    writeCommon(x, s);
+    x << "    <pValue>" << s.name << "_Reg</pValue>\n"
+      << "    <OnValue>1</OnValue>\n"
+      << "    <OffValue>0</OffValue>\n"
+      << "  </Boolean>\n";
+    writeIntReg(x, s.name + "_Reg", s, false);
+}
+
+void writeString(std::ostream& x, const Slot& s)
+{
+    x << "  <StringReg Name=\"" << s.name << "\" NameSpace=\"Standard\">\n";
+    writeCommon(x, s);
+    x << "    <Address>" << hex(s.address) << "</Address>\n"
+      << "    <Length>" << s.length << "</Length>\n"
+      << "    <AccessMode>" << (s.readOnly ? "RO" : "RW") << "</AccessMode>\n"
+      << "    <pPort>Device</pPort>\n"
+      << "  </StringReg>\n";
+}
+
+void writeCommand(std::ostream& x, const Slot& s)
+{
+    x << "  <Command Name=\"" << s.name << "\" NameSpace=\"Standard\">\n";
+    writeCommon(x, s);
+    x << "    <pValue>" << s.name << "_Reg</pValue>\n"
+      << "    <CommandValue>1</CommandValue>\n"
+      << "  </Command>\n";
+    writeIntReg(x, s.name + "_Reg", s, false);
+}
+
+// The lock rule of a feature that has one, as a formula over its enumeration.
+void writeLock(std::ostream& x, const Slot& s)
+{
+    x << "  <IntSwissKnife Name=\"" << s.name << "_Locked\">\n"
+      << "    <pVariable Name=\"A\">" << s.lockedBy << "_Reg</pVariable>\n"
+      << "    <Formula>" << (s.lockedWhenZero ? "A=0" : "A&gt;0") << "</Formula>\n"
+      << "  </IntSwissKnife>\n";
+}
+
+// What every GigE Vision client needs beside the colour features, and the end.
+void writeAcquisitionAndEnd(std::ostream& x)
+{
     x << "  <IntSwissKnife Name=\"PayloadSize\" NameSpace=\"Standard\">\n"
          "    <pVariable Name=\"W\">Width</pVariable>\n"
          "    <pVariable Name=\"H\">Height</pVariable>\n"
@@ -285,7 +314,7 @@ std::string RegisterLayout::genicamXml(const std::string& modelName) const
          "    <CommandValue>0</CommandValue>\n"
          "  </Command>\n"
          "  <IntReg Name=\"Acquisition_Reg\">\n"
-         "    <Address>" << hex(kAcquisitionAddress) << "</Address>\n"
+         "    <Address>" << hex(RegisterLayout::kAcquisitionAddress) << "</Address>\n"
          "    <Length>4</Length>\n"
          "    <AccessMode>RW</AccessMode>\n"
          "    <pPort>Device</pPort>\n"
@@ -300,5 +329,29 @@ std::string RegisterLayout::genicamXml(const std::string& modelName) const
          "  </Integer>\n"
          "  <Port Name=\"Device\" NameSpace=\"Standard\"/>\n"
          "</RegisterDescription>\n";
+}
+
+}  // namespace
+
+std::string RegisterLayout::genicamXml(const std::string& modelName) const
+{
+    std::lock_guard<std::recursive_mutex> lock(m_map.mutex());
+    std::ostringstream x;
+    writeHeader(x, modelName);
+    writeCategory(x, m_slots);
+    for (const Slot& s : m_slots) {
+        switch (s.kind) {
+        case Kind::ScaledFloat: writeScaledFloat(x, s, m_map); break;
+        case Kind::DoubleFloat: writeDoubleFloat(x, s, m_map); break;
+        case Kind::Integer: writeInteger(x, s, m_map); break;
+        case Kind::Enumeration: writeEnumeration(x, s, m_map); break;
+        case Kind::Boolean: writeBoolean(x, s); break;
+        case Kind::String: writeString(x, s); break;
+        case Kind::Command: writeCommand(x, s); break;
+        }
+        if (!s.lockedBy.empty())
+            writeLock(x, s);
+    }
+    writeAcquisitionAndEnd(x);
     return x.str();
 }

@@ -38,20 +38,26 @@ public:
         bool lockedWhenZero = false;  ///< ... when it is zero (else when it is not)
     };
 
-    /// First address of our own registers; below it lie the bootstrap and the
-    /// fake camera's image registers.
-    static constexpr uint32_t kFirstAddress = 0xA000;
+    /// The client's acquisition (AcquisitionStart and AcquisitionStop). The
+    /// features follow it; below it lie the bootstrap and the fake camera's
+    /// image registers.
+    static constexpr uint32_t kAcquisitionAddress = 0xA000;
+    static constexpr uint32_t kFirstAddress = 0xA004;
     static constexpr uint32_t kMemorySize = 0x10000;
     /// Registers the fake camera itself reads.
     static constexpr uint32_t kWidthAddress = 0x100;
     static constexpr uint32_t kHeightAddress = 0x104;
-    static constexpr uint32_t kAcquisitionAddress = 0x124;
+    /// The fake camera streams (re-reading the stream address and the payload
+    /// size when this is set) while it is set.
+    static constexpr uint32_t kStreamingAddress = 0x124;
     static constexpr uint32_t kPixelFormatAddress = 0x128;
     static constexpr uint32_t kTriggerModeAddress = 0x300;
     static constexpr uint32_t kTriggerSourceAddress = 0x304;
     static constexpr uint32_t kTriggerSoftwareAddress = 0x30C;
     static constexpr uint32_t kModelNameAddress = 0x68;
     static constexpr uint32_t kSerialNumberAddress = 0xD8;
+    /// The bootstrap's control channel privilege.
+    static constexpr uint32_t kPrivilegeAddress = 0xA00;
 
     /// Lays out every node of `map`; throws std::runtime_error when the
     /// features do not fit into the device memory or a float's increment is

@@ -1,6 +1,7 @@
 #include "liveview.h"
 
 #include "viewerhost.h"
+#include "viewerlog.h"
 
 #include "camerapool/camerapool.h"
 #include "kalto/grabresultptr.h"
@@ -18,7 +19,7 @@ constexpr int SingleShotTimeoutMs = 5000;
 
 void logWarning(const QString& text)
 {
-    qWarning("@{%s};%s", qPrintable(QObject::tr("Live view")), text.toUtf8().constData());
+    qCWarning(viewerLog, "@{%s};%s", qPrintable(QObject::tr("Live view")), text.toUtf8().constData());
 }
 
 }  // namespace

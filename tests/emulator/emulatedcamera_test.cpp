@@ -16,19 +16,22 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <cmath>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
-#include <tuple>
 #include <utility>
 #include <vector>
 
 namespace {
 
 using Kalto::CGrabResultPtr;
+
+const char* const kRgb[3] = {"Red", "Green", "Blue"};
+const char* const kColours[6] = {"Red", "Yellow", "Green", "Cyan", "Blue", "Magenta"};
 using Kalto::EAcquisitionMode;
 
 CameraModel modelNamed(const std::string& id)
@@ -86,6 +89,16 @@ protected:
         return cam;
     }
 
+    /// Streams until `c` holds `n` results, then stops.
+    static bool stream(EmulatedCamera& cam, Collector& c, size_t n, int seconds = 20)
+    {
+        cam.setFrameSink(c.sink());
+        cam.startAcquisition(EAcquisitionMode::Continuous);
+        const bool got = c.waitFor(n, seconds);
+        cam.stopAcquisition();
+        return got;
+    }
+
     static Frame grab(EmulatedCamera& cam)
     {
         Collector c;
@@ -106,11 +119,18 @@ protected:
         return f;
     }
 
+    static bool sfnc2(const EmulatedCamera& cam) { return cam.model().generation == CameraModel::Generation::Sfnc2; }
+    /// The name of a feature in the camera's generation.
+    static const char* feature(const EmulatedCamera& cam, const char* sfnc2Name, const char* sfnc1Name)
+    {
+        return sfnc2(cam) ? sfnc2Name : sfnc1Name;
+    }
+
     // The neutral state a calibration starts from, written through the features.
     static void neutralise(EmulatedCamera& cam)
     {
         auto& m = cam.nodeMap();
-        const bool s2 = cam.model().generation == CameraModel::Generation::Sfnc2;
+        const bool s2 = sfnc2(cam);
         m.setEnum("ExposureAuto", "Off");
         m.setEnum("GainAuto", "Off");
         m.setEnum("BalanceWhiteAuto", "Off");
@@ -119,7 +139,7 @@ protected:
         s2 ? void(m.setFloat("BlackLevel", 0)) : void(m.setInteger("BlackLevelRaw", 0));
         m.setBool("GammaEnable", false);
         m.setFloat("Gamma", 1.0);
-        m.setEnum(s2 ? "LightSourceSelector" : "OstLightSourcePreset", "Off");
+        m.setEnum(feature(cam, "LightSourceSelector", "OstLightSourcePreset"), "Off");
         for (const char* g : {"Gain00", "Gain01", "Gain02", "Gain10", "Gain11", "Gain12", "Gain20", "Gain21", "Gain22"}) {
             m.setEnum("ColorTransformationValueSelector", g);
             m.setFloat("ColorTransformationValue", g[4] == g[5] ? 1.0 : 0.0);
@@ -129,23 +149,75 @@ protected:
         m.setFloat("OstBrightness", 0);
         m.setFloat("OstContrast", 0);
         m.setBool("LUTEnable", false);
-        for (const char* c : {"Red", "Yellow", "Green", "Cyan", "Blue", "Magenta"}) {
-            m.setEnum(s2 ? "ColorAdjustmentSelector" : "OstColorAdjustmentSelector", c);
-            m.setFloat(s2 ? "ColorAdjustmentHue" : "OstColorAdjustmentHue", 0);
-            m.setFloat(s2 ? "ColorAdjustmentSaturation" : "OstColorAdjustmentSaturation", 1);
-        }
-        for (const char* c : {"Red", "Green", "Blue"}) {
-            m.setEnum("BalanceRatioSelector", c);
-            m.setFloat(s2 ? "BalanceRatio" : "BalanceRatioAbs", 1.0);
-        }
+        writeColourAdjustment(cam, ColorAdjustment::neutral());
+        writeBalance(cam, {{1.0, 1.0, 1.0}});
         m.setEnum("DemosaicingMode", "Simple");
         m.setEnum("PixelFormat", "RGB8");
     }
 
     static void setExposure(EmulatedCamera& cam, double us)
     {
-        const bool s2 = cam.model().generation == CameraModel::Generation::Sfnc2;
-        cam.nodeMap().setFloat(s2 ? "ExposureTime" : "ExposureTimeAbs", us);
+        cam.nodeMap().setFloat(feature(cam, "ExposureTime", "ExposureTimeAbs"), us);
+    }
+
+    /// Brings the brightest channel of grey patch 19 to about `level` by the
+    /// exposure time; returns the chart measured at the last exposure.
+    static ChartFit::Chart exposeGreyTo(EmulatedCamera& cam, double level)
+    {
+        double exposure = 5000;
+        ChartFit::Chart c;
+        for (int i = 0; i < 3; ++i) {
+            setExposure(cam, exposure);
+            c = ChartSampler::measure(grab(cam), cam.sceneGeometry());
+            exposure *= level / std::max({c(19, 0), c(19, 1), c(19, 2)});
+        }
+        return c;
+    }
+
+    // The writes below return what the camera kept (its increments round).
+
+    static std::array<double, 3> writeBalance(EmulatedCamera& cam, const std::array<double, 3>& wb)
+    {
+        std::array<double, 3> kept;
+        for (int c = 0; c < 3; ++c) {
+            cam.nodeMap().setEnum("BalanceRatioSelector", kRgb[c]);
+            kept[c] = cam.nodeMap().setFloat(feature(cam, "BalanceRatio", "BalanceRatioAbs"), wb[c]);
+        }
+        return kept;
+    }
+
+    /// Hue of the six colours in p[0..5], their saturation in p[6..11].
+    static ColorAdjustment::Params writeColourAdjustment(EmulatedCamera& cam, const ColorAdjustment::Params& p)
+    {
+        ColorAdjustment::Params kept;
+        for (int k = 0; k < 6; ++k) {
+            cam.nodeMap().setEnum(feature(cam, "ColorAdjustmentSelector", "OstColorAdjustmentSelector"), kColours[k]);
+            kept[k] = cam.nodeMap().setFloat(feature(cam, "ColorAdjustmentHue", "OstColorAdjustmentHue"), p[k]);
+            kept[k + 6] =
+                cam.nodeMap().setFloat(feature(cam, "ColorAdjustmentSaturation", "OstColorAdjustmentSaturation"), p[k + 6]);
+        }
+        return kept;
+    }
+
+    /// The light-source preset off, so that the colour transformation values act.
+    static void useOwnMatrix(EmulatedCamera& cam)
+    {
+        cam.nodeMap().setEnum(feature(cam, "LightSourceSelector", "OstLightSourcePreset"), sfnc2(cam) ? "Custom" : "Off");
+    }
+
+    static void saveUserSet(EmulatedCamera& cam, const char* set, double gamma)
+    {
+        cam.nodeMap().setFloat("Gamma", gamma);
+        cam.nodeMap().setEnum("UserSetSelector", set);
+        cam.nodeMap().execute("UserSetSave");
+    }
+
+    /// The gamma `set` holds, loaded into the camera.
+    static double loadUserSet(EmulatedCamera& cam, const char* set)
+    {
+        cam.nodeMap().setEnum("UserSetSelector", set);
+        cam.nodeMap().execute("UserSetLoad");
+        return cam.nodeMap().getFloat("Gamma");
     }
 
     QString m_dataHome;
@@ -265,13 +337,7 @@ TEST_F(EmulatedCameraTest, NeutralCameraIsOffAndACalibratedOneIsOnTarget)
     for (const char* id : {"emu-cmed-0", "emu-custom-1"}) {
         auto cam = smallCamera(id);
         neutralise(*cam);
-        double exposure = 5000;
-        ChartFit::Chart c;
-        for (int i = 0; i < 3; ++i) {
-            setExposure(*cam, exposure);
-            c = ChartSampler::measure(grab(*cam), cam->sceneGeometry());
-            exposure *= 150.0 / std::max({c(19, 0), c(19, 1), c(19, 2)});
-        }
+        const ChartFit::Chart c = exposeGreyTo(*cam, 150.0);
         const double neutral = ChartFit::meanDeltaE(c);
         EXPECT_GE(neutral, 8.0) << id;
         EXPECT_LE(neutral, 20.0) << id;
@@ -280,13 +346,11 @@ TEST_F(EmulatedCameraTest, NeutralCameraIsOffAndACalibratedOneIsOnTarget)
         // off-diagonals, then each diagonal from the read-back, then hue/saturation.
         const ChartFit fit = ChartFit::fit(c);
         auto& m = cam->nodeMap();
-        const bool s2 = cam->model().generation == CameraModel::Generation::Sfnc2;
-        const char* rgb[3] = {"Red", "Green", "Blue"};
-        for (int k = 0; k < 3; ++k) {
-            m.setEnum("BalanceRatioSelector", rgb[k]);
-            m.setFloat(s2 ? "BalanceRatio" : "BalanceRatioAbs", fit.whiteBalance[k] * fit.digitalGain);
-        }
-        m.setEnum(s2 ? "LightSourceSelector" : "OstLightSourcePreset", s2 ? "Custom" : "Off");
+        std::array<double, 3> wb = fit.whiteBalance;
+        for (double& w : wb)
+            w *= fit.digitalGain;
+        writeBalance(*cam, wb);
+        useOwnMatrix(*cam);
         for (int r = 0; r < 3; ++r) {
             double sum = 0;
             for (int col = 0; col < 3; ++col) {
@@ -298,12 +362,7 @@ TEST_F(EmulatedCameraTest, NeutralCameraIsOffAndACalibratedOneIsOnTarget)
             m.setEnum("ColorTransformationValueSelector", "Gain" + std::to_string(r) + std::to_string(r));
             m.setFloat("ColorTransformationValue", 1.0 - sum);
         }
-        const char* colours[6] = {"Red", "Yellow", "Green", "Cyan", "Blue", "Magenta"};
-        for (int k = 0; k < 6; ++k) {
-            m.setEnum(s2 ? "ColorAdjustmentSelector" : "OstColorAdjustmentSelector", colours[k]);
-            m.setFloat(s2 ? "ColorAdjustmentHue" : "OstColorAdjustmentHue", fit.bc6x2[k]);
-            m.setFloat(s2 ? "ColorAdjustmentSaturation" : "OstColorAdjustmentSaturation", fit.bc6x2[k + 6]);
-        }
+        writeColourAdjustment(*cam, fit.bc6x2);
         const double calibrated = ChartFit::meanDeltaE(ChartSampler::measure(grab(*cam), cam->sceneGeometry()));
         EXPECT_LE(calibrated, 3.0) << id;
         std::printf("%s: neutral mean dE2000 %.2f, calibrated in camera %.2f\n", id, neutral, calibrated);
@@ -315,17 +374,16 @@ TEST_F(EmulatedCameraTest, NeutralCameraIsOffAndACalibratedOneIsOnTarget)
 // O = Bc6x2(M * (wb . N)) per patch, as the calibration engine models it.
 TEST_F(EmulatedCameraTest, ColourWritesActInPipelineOrder)
 {
-    const double wbWanted[3] = {1.22, 1.0, 1.35};
+    const std::array<double, 3> wbWanted{{1.22, 1.0, 1.35}};
     const double matrixWanted[3][3] = {{1.45, -0.32, -0.13}, {-0.22, 1.38, -0.16}, {-0.06, -0.38, 1.44}};
-    const double hueWanted[6] = {0.06, -0.04, 0.05, 0.02, -0.06, 0.03};
-    const double satWanted[6] = {1.12, 0.94, 1.08, 1.0, 0.9, 1.1};
+    const ColorAdjustment::Params adjustWanted{
+        {0.06, -0.04, 0.05, 0.02, -0.06, 0.03, 1.12, 0.94, 1.08, 1.0, 0.9, 1.1}};
     const int kGrabs = 8;
     const ColorSpace cs;
     for (const char* id : {"emu-cmed-0", "emu-custom-1"}) {
         auto cam = smallCamera(id);
         neutralise(*cam);
         auto& m = cam->nodeMap();
-        const bool s2 = cam->model().generation == CameraModel::Generation::Sfnc2;
         // Mean of a few grabs of the per-patch medians: the prediction is
         // built from a noisy measurement too, and averaging halves both.
         auto measure = [&] {
@@ -335,36 +393,22 @@ TEST_F(EmulatedCameraTest, ColourWritesActInPipelineOrder)
             return ChartFit::Chart(sum / kGrabs);
         };
         // Grey 19 at about 130 leaves the balanced, matrixed colours room below 255.
-        double exposure = 5000;
-        ChartFit::Chart neutral;
-        for (int i = 0; i < 3; ++i) {
-            setExposure(*cam, exposure);
-            neutral = ChartSampler::measure(grab(*cam), cam->sceneGeometry());
-            exposure *= 130.0 / std::max({neutral(19, 0), neutral(19, 1), neutral(19, 2)});
-        }
-        neutral = measure();
+        exposeGreyTo(*cam, 130.0);
+        const ChartFit::Chart neutral = measure();
 
         // Write, then read back what the camera kept (its increments round).
-        const char* rgb[3] = {"Red", "Green", "Blue"};
-        double wb[3];
-        for (int c = 0; c < 3; ++c) {
-            m.setEnum("BalanceRatioSelector", rgb[c]);
-            wb[c] = m.setFloat(s2 ? "BalanceRatio" : "BalanceRatioAbs", wbWanted[c]);
-        }
-        m.setEnum(s2 ? "LightSourceSelector" : "OstLightSourcePreset", s2 ? "Custom" : "Off");
+        const std::array<double, 3> wb = writeBalance(*cam, wbWanted);
+        useOwnMatrix(*cam);
         dlib::matrix<double, 3, 3> M;
         for (int r = 0; r < 3; ++r)
             for (int c = 0; c < 3; ++c) {
                 m.setEnum("ColorTransformationValueSelector", "Gain" + std::to_string(r) + std::to_string(c));
                 M(r, c) = m.setFloat("ColorTransformationValue", matrixWanted[r][c]);
             }
-        const char* colours[6] = {"Red", "Yellow", "Green", "Cyan", "Blue", "Magenta"};
+        const ColorAdjustment::Params kept = writeColourAdjustment(*cam, adjustWanted);
         dlib::matrix<double, 12, 1> P;
-        for (int k = 0; k < 6; ++k) {
-            m.setEnum(s2 ? "ColorAdjustmentSelector" : "OstColorAdjustmentSelector", colours[k]);
-            P(k) = m.setFloat(s2 ? "ColorAdjustmentHue" : "OstColorAdjustmentHue", hueWanted[k]);
-            P(k + 6) = m.setFloat(s2 ? "ColorAdjustmentSaturation" : "OstColorAdjustmentSaturation", satWanted[k]);
-        }
+        for (int k = 0; k < 12; ++k)
+            P(k) = kept[k];
         const ChartFit::Chart out = measure();
 
         Bc6x2 op(nullptr);
@@ -416,10 +460,7 @@ TEST_F(EmulatedCameraTest, AutoExposureAndWhiteBalanceConverge)
     m.setEnum("ExposureAuto", "Continuous");
     m.setEnum("BalanceWhiteAuto", "Once");
     Collector c;
-    cam->setFrameSink(c.sink());
-    cam->startAcquisition(EAcquisitionMode::Continuous);
-    ASSERT_TRUE(c.waitFor(25, 60));
-    cam->stopAcquisition();
+    ASSERT_TRUE(stream(*cam, c, 25, 60));
     EXPECT_GT(m.getFloat("ExposureTime"), 2000);
     EXPECT_EQ(m.getEnum("BalanceWhiteAuto"), "Off");  // Once switches itself off
     const auto& last = *c.results.back();
@@ -438,20 +479,13 @@ TEST_F(EmulatedCameraTest, TwoProcessesStoringUserSetsKeepEachOthersSets)
 {
     EmulatedCamera first(modelNamed("emu-cmed-0"));
     EmulatedCamera second(modelNamed("emu-cmed-0"));  // its start-up copy has no set yet
-    for (auto [camera, set, gamma] : {std::make_tuple(&first, "UserSet1", 0.6), std::make_tuple(&second, "UserSet2", 0.8)}) {
-        camera->nodeMap().setFloat("Gamma", gamma);
-        camera->nodeMap().setEnum("UserSetSelector", set);
-        camera->nodeMap().execute("UserSetSave");
-    }
+    saveUserSet(first, "UserSet1", 0.6);
+    saveUserSet(second, "UserSet2", 0.8);
     second.nodeMap().setEnum("UserSetDefault", "UserSet2");
     EmulatedCamera later(modelNamed("emu-cmed-0"));
-    auto& m = later.nodeMap();
-    EXPECT_EQ(m.getEnum("UserSetDefault"), "UserSet2");
-    for (auto [set, gamma] : {std::make_pair("UserSet1", 0.6), std::make_pair("UserSet2", 0.8)}) {
-        m.setEnum("UserSetSelector", set);
-        m.execute("UserSetLoad");
-        EXPECT_DOUBLE_EQ(m.getFloat("Gamma"), gamma) << set;
-    }
+    EXPECT_EQ(later.nodeMap().getEnum("UserSetDefault"), "UserSet2");
+    EXPECT_DOUBLE_EQ(loadUserSet(later, "UserSet1"), 0.6);
+    EXPECT_DOUBLE_EQ(loadUserSet(later, "UserSet2"), 0.8);
 }
 
 TEST_F(EmulatedCameraTest, DamagedMemoryIsReadFromItsBackupAndNeverOverwrittenSilently)
@@ -460,11 +494,8 @@ TEST_F(EmulatedCameraTest, DamagedMemoryIsReadFromItsBackupAndNeverOverwrittenSi
     {
         EmulatedCamera cam(modelNamed("emu-cmed-0"));
         path = cam.memoryPath();
-        for (auto [set, gamma] : {std::make_pair("UserSet1", 0.6), std::make_pair("UserSet2", 0.8)}) {
-            cam.nodeMap().setFloat("Gamma", gamma);
-            cam.nodeMap().setEnum("UserSetSelector", set);
-            cam.nodeMap().execute("UserSetSave");
-        }
+        saveUserSet(cam, "UserSet1", 0.6);
+        saveUserSet(cam, "UserSet2", 0.8);
     }
     auto damage = [&] {
         QFile f(path);
@@ -472,25 +503,18 @@ TEST_F(EmulatedCameraTest, DamagedMemoryIsReadFromItsBackupAndNeverOverwrittenSi
         f.seek(0);
         f.write("x");  // one byte
     };
-    auto gammaOf = [](EmulatedCamera& cam, const char* set) {
-        cam.nodeMap().setEnum("UserSetSelector", set);
-        cam.nodeMap().execute("UserSetLoad");
-        return cam.nodeMap().getFloat("Gamma");
-    };
     damage();
     {
         // The backup holds the memory before the last store: UserSet1 only.
         EmulatedCamera cam(modelNamed("emu-cmed-0"));
-        EXPECT_DOUBLE_EQ(gammaOf(cam, "UserSet1"), 0.6);
-        cam.nodeMap().setFloat("Gamma", 0.9);
-        cam.nodeMap().setEnum("UserSetSelector", "UserSet3");
-        cam.nodeMap().execute("UserSetSave");  // the damaged file is kept aside, not lost
+        EXPECT_DOUBLE_EQ(loadUserSet(cam, "UserSet1"), 0.6);
+        saveUserSet(cam, "UserSet3", 0.9);  // the damaged file is kept aside, not lost
         EXPECT_TRUE(QFile::exists(path + ".damaged"));
     }
     {
         EmulatedCamera cam(modelNamed("emu-cmed-0"));
-        EXPECT_DOUBLE_EQ(gammaOf(cam, "UserSet1"), 0.6);
-        EXPECT_DOUBLE_EQ(gammaOf(cam, "UserSet3"), 0.9);
+        EXPECT_DOUBLE_EQ(loadUserSet(cam, "UserSet1"), 0.6);
+        EXPECT_DOUBLE_EQ(loadUserSet(cam, "UserSet3"), 0.9);
     }
     // Damaged with no good backup: a store is refused and the file left as it is.
     damage();
@@ -553,66 +577,55 @@ TEST_F(EmulatedCameraTest, UserSetsSurviveARestart)
 {
     {
         EmulatedCamera cam(modelNamed("emu-custom-1"));
-        auto& m = cam.nodeMap();
-        m.setFloat("Gamma", 0.55);
-        m.setEnum("UserSetSelector", "Default");
-        EXPECT_THROW(m.execute("UserSetSave"), GenICam_3_1_Ostrel_kalto::RuntimeException);
-        m.setEnum("UserSetSelector", "UserSet2");
-        m.execute("UserSetSave");
-        m.setEnum("UserSetDefault", "UserSet2");
+        EXPECT_THROW(saveUserSet(cam, "Default", 0.55), GenICam_3_1_Ostrel_kalto::RuntimeException);
+        saveUserSet(cam, "UserSet2", 0.55);
+        cam.nodeMap().setEnum("UserSetDefault", "UserSet2");
         EXPECT_TRUE(QFile::exists(cam.memoryPath()));
         EXPECT_TRUE(cam.memoryPath().startsWith(m_dataHome));
     }
     EmulatedCamera again(modelNamed("emu-custom-1"));
-    auto& m = again.nodeMap();
-    EXPECT_DOUBLE_EQ(m.getFloat("Gamma"), 0.55);
-    EXPECT_EQ(m.getEnum("UserSetDefault"), "UserSet2");
-    m.setEnum("UserSetSelector", "Default");
-    m.execute("UserSetLoad");
-    EXPECT_DOUBLE_EQ(m.getFloat("Gamma"), 0.7);
+    EXPECT_DOUBLE_EQ(again.nodeMap().getFloat("Gamma"), 0.55);
+    EXPECT_EQ(again.nodeMap().getEnum("UserSetDefault"), "UserSet2");
+    EXPECT_DOUBLE_EQ(loadUserSet(again, "Default"), 0.7);
     // Another camera keeps its own memory.
     EmulatedCamera other(modelNamed("emu-cmed-0"));
     EXPECT_DOUBLE_EQ(other.nodeMap().getFloat("Gamma"), 0.7);
 }
 
-TEST_F(EmulatedCameraTest, DisconnectAfterFramesStopsEverything)
+// Unplugged by the fault injection after some frames (on the delivery thread)
+// or at once from outside while streaming: either way everything stops.
+TEST_F(EmulatedCameraTest, DisconnectStopsEverything)
 {
-    auto cam = smallCamera("emu-cmed-0");
-    std::atomic<int> lost{0};
-    cam->setConnectionLostHandler([&] { ++lost; });
-    cam->disconnectAfterFrames(3);
-    Collector c;
-    cam->setFrameSink(c.sink());
-    cam->startAcquisition(EAcquisitionMode::Continuous);
-    ASSERT_TRUE(c.waitFor(3));
-    for (int i = 0; i < 50 && cam->isConnected(); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    EXPECT_FALSE(cam->isConnected());
-    EXPECT_FALSE(cam->isAcquiring());
-    std::this_thread::sleep_for(std::chrono::milliseconds(200));
-    EXPECT_EQ(c.count(), 3u);
-    EXPECT_EQ(lost.load(), 1);
-    EXPECT_THROW(cam->startAcquisition(EAcquisitionMode::Continuous), GenICam_3_1_Ostrel_kalto::RuntimeException);
-    EXPECT_THROW(cam->open(), GenICam_3_1_Ostrel_kalto::RuntimeException);
-    EXPECT_FALSE(cam->nodeMap().isWritable("Gamma"));
-    EXPECT_THROW(cam->nodeMap().setFloat("Gamma", 1.0), GenICam_3_1_Ostrel_kalto::RuntimeException);
-    cam->close();
-}
-
-TEST_F(EmulatedCameraTest, DisconnectNowEndsAcquisitionAtOnce)
-{
-    auto cam = smallCamera("emu-custom-1");
-    Collector c;
-    cam->setFrameSink(c.sink());
-    cam->startAcquisition(EAcquisitionMode::Continuous);
-    ASSERT_TRUE(c.waitFor(1));
-    const auto t0 = std::chrono::steady_clock::now();
-    cam->disconnect();
-    EXPECT_LT(std::chrono::steady_clock::now() - t0, std::chrono::seconds(2));
-    const size_t n = c.count();
-    std::this_thread::sleep_for(std::chrono::milliseconds(150));
-    EXPECT_EQ(c.count(), n);
-    EXPECT_FALSE(cam->isOpen());
+    for (const auto& [id, afterFrames] : {std::make_pair("emu-cmed-0", 3), std::make_pair("emu-custom-1", 0)}) {
+        SCOPED_TRACE(id);
+        auto cam = smallCamera(id);
+        std::atomic<int> lost{0};
+        cam->setConnectionLostHandler([&] { ++lost; });
+        if (afterFrames > 0)
+            cam->disconnectAfterFrames(afterFrames);
+        Collector c;
+        cam->setFrameSink(c.sink());
+        cam->startAcquisition(EAcquisitionMode::Continuous);
+        ASSERT_TRUE(c.waitFor(std::max(1, afterFrames)));
+        const auto t0 = std::chrono::steady_clock::now();
+        if (afterFrames == 0)
+            cam->disconnect();
+        for (int i = 0; i < 50 && cam->isConnected(); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        EXPECT_LT(std::chrono::steady_clock::now() - t0, std::chrono::seconds(2));
+        EXPECT_FALSE(cam->isConnected());
+        EXPECT_FALSE(cam->isAcquiring());
+        EXPECT_FALSE(cam->isOpen());
+        const size_t n = c.count();
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        EXPECT_EQ(c.count(), afterFrames > 0 ? size_t(afterFrames) : n);
+        EXPECT_EQ(lost.load(), 1);
+        EXPECT_THROW(cam->startAcquisition(EAcquisitionMode::Continuous), GenICam_3_1_Ostrel_kalto::RuntimeException);
+        EXPECT_THROW(cam->open(), GenICam_3_1_Ostrel_kalto::RuntimeException);
+        EXPECT_FALSE(cam->nodeMap().isWritable("Gamma"));
+        EXPECT_THROW(cam->nodeMap().setFloat("Gamma", 1.0), GenICam_3_1_Ostrel_kalto::RuntimeException);
+        cam->close();
+    }
 }
 
 TEST_F(EmulatedCameraTest, FailedAndSlowGrabs)
@@ -620,10 +633,7 @@ TEST_F(EmulatedCameraTest, FailedAndSlowGrabs)
     auto cam = smallCamera("emu-cmed-0");
     cam->failNextGrabs(2);
     Collector c;
-    cam->setFrameSink(c.sink());
-    cam->startAcquisition(EAcquisitionMode::Continuous);
-    ASSERT_TRUE(c.waitFor(3));
-    cam->stopAcquisition();
+    ASSERT_TRUE(stream(*cam, c, 3));
     EXPECT_FALSE(c.results[0]->GrabSucceeded());
     EXPECT_FALSE(c.results[1]->GrabSucceeded());
     EXPECT_FALSE(c.results[1]->GetErrorDescription().empty());
@@ -631,10 +641,7 @@ TEST_F(EmulatedCameraTest, FailedAndSlowGrabs)
 
     Collector slow;
     cam->setExtraFrameDelayMs(250);
-    cam->setFrameSink(slow.sink());
-    cam->startAcquisition(EAcquisitionMode::Continuous);
-    ASSERT_TRUE(slow.waitFor(3));
-    cam->stopAcquisition();
+    ASSERT_TRUE(stream(*cam, slow, 3));
     // Timestamps mark when a frame started; a slow frame is handed out late.
     for (size_t i = 0; i < 3; ++i) {
         const auto started = std::chrono::nanoseconds(slow.results[i]->GetTimeStamp());
@@ -652,10 +659,7 @@ TEST_F(EmulatedCameraTest, FrameRateFollowsExposureAndStopFromSinkWorks)
     EXPECT_NEAR(cam->frameRate(), 10.0, 1e-9);
     EXPECT_NEAR(m.getFloat("ResultingFrameRate"), 10.0, 1e-9);
     Collector c;
-    cam->setFrameSink(c.sink());
-    cam->startAcquisition(EAcquisitionMode::Continuous);
-    ASSERT_TRUE(c.waitFor(3));
-    cam->stopAcquisition();
+    ASSERT_TRUE(stream(*cam, c, 3));
     // Frames start one exposure apart (delivery may jitter on a busy machine).
     EXPECT_GE(c.results[2]->GetTimeStamp() - c.results[1]->GetTimeStamp(), 99000000u);
 

@@ -142,9 +142,22 @@ TEST_F(Collection, SfncVersionFromTheThreeFeatures)
     EXPECT_GE(collection->sfncVersion(), QVersionNumber(2, 0, 0));
     map->storeInteger("DeviceSFNCVersionMajor", 1);
     EXPECT_LT(collection->sfncVersion(), QVersionNumber(2, 0, 0));
-    CNodeMap* raw = new CNodeMap;
-    NodeMapParameterCollection bare(std::shared_ptr<CNodeMap>(raw), "bare");
-    EXPECT_TRUE(bare.sfncVersion().isNull());
+    // A device that does not declare all three as readable integers has no version.
+    const char* const names[3] = {"DeviceSFNCVersionMajor", "DeviceSFNCVersionMinor", "DeviceSFNCVersionSubMinor"};
+    for (const char* spoil : {"missing", "a float", "unreadable"}) {
+        for (int k = 0; k < 3; ++k) {
+            auto spoilt = std::make_shared<CNodeMap>();
+            for (int i = 0; i < 3; ++i) {
+                if (i == k && spoil[0] == 'a')
+                    spoilt->addFloat(names[i], 0, 99, 0, 1);
+                else if (i != k || spoil[0] == 'u')
+                    spoilt->addInteger(names[i], 0, 99, 1, 1);
+            }
+            if (spoil[0] == 'u')
+                spoilt->setAccessMode(names[k], EAccessMode::NA);
+            EXPECT_TRUE(NodeMapParameterCollection(spoilt, "spoilt").sfncVersion().isNull()) << names[k] << " " << spoil;
+        }
+    }
 }
 
 TEST_F(Collection, ChangeSignalIsDecoupledFromTheWriter)

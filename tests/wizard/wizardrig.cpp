@@ -16,7 +16,9 @@
 #include <QScreen>
 #include <QQmlProperty>
 #include <QQuickItem>
+#include <QQmlContext>
 #include <QQuickView>
+#include <QSignalSpy>
 #include <QWidget>
 #include <QTest>
 #include <QCloseEvent>
@@ -67,16 +69,33 @@ WizardRig::WizardRig(const QString& cameraId, const QString& language)
     if (!m_model->Open(m_pool->info(cameraId)))
         throw std::runtime_error("cannot open " + cameraId.toStdString());
     m_facade = std::make_unique<QmlDataModelInterface>(m_model.get());
-    QObject::connect(m_facade.get(), &QmlDataModelInterface::signalCancel, [this] { m_ended = "cancel"; });
-    QObject::connect(m_facade.get(), &QmlDataModelInterface::signalFinished, [this] { m_ended = "finish"; });
     QObject::connect(m_facade.get(), &QmlDataModelInterface::forwardLogMessage,
                      [this](const QString& message, Core::Logging::ELogLevel) { m_log << message; });
-    m_dialog = std::make_unique<ColorCorrectionToolDlg>(m_facade.get(), nullptr);
-    QObject::connect(m_dialog.get(), &QDialog::finished, [this] { m_closed = true; });
+    m_ownDialog = std::make_unique<ColorCorrectionToolDlg>(m_facade.get(), nullptr);
+    m_dialog = m_ownDialog.get();
+    m_view = m_facade->view();
     m_dialog->resize(800, 750);
     m_dialog->show();
     m_dialog->activateWindow();
-    if (!QTest::qWaitForWindowActive(m_dialog.get()) || !waitForStep(1))
+    if (!QTest::qWaitForWindowActive(m_dialog))
+        throw std::runtime_error("the calibrator window does not come up");
+    watch();
+}
+
+WizardRig::WizardRig(QQuickView& view, QDialog& window) : m_view(&view), m_dialog(&window)
+{
+    watch();
+}
+
+void WizardRig::watch()
+{
+    QObject* facade = m_view->rootContext()->contextProperty("qmlModelInterface").value<QObject*>();
+    if (!facade)
+        throw std::runtime_error("the window shows no wizard");
+    m_finished = std::make_unique<QSignalSpy>(facade, SIGNAL(signalFinished()));
+    m_cancelled = std::make_unique<QSignalSpy>(facade, SIGNAL(signalCancel()));
+    QObject::connect(m_dialog, &QDialog::finished, [this] { m_closed = true; });
+    if (!waitForStep(1))
         throw std::runtime_error("the wizard does not show step 1");
     // Into the window, on its title, as a person starts.
     click("stepTitle");
@@ -86,17 +105,23 @@ WizardRig::~WizardRig()
 {
     if (m_dialog && m_dialog->isVisible())
         closeByFrame();
+    m_finished.reset();
+    m_cancelled.reset();
     // The dialog's window container would delete the view the facade owns.
     m_facade.reset();
-    m_dialog.reset();
+    m_ownDialog.reset();
     m_model.reset();
+    if (!m_plugin)
+        return;
     if (auto* plugin = qobject_cast<Core::Plugin::ALocalizedPlugin*>(m_plugin->instance()))
         plugin->setLanguage("en");
 }
 
-QQuickView& WizardRig::view()
+QString WizardRig::ended() const
 {
-    return *m_facade->view();
+    if (m_finished && !m_finished->isEmpty())
+        return "finish";
+    return m_cancelled && !m_cancelled->isEmpty() ? "cancel" : "";
 }
 
 QString WizardRig::settingsText()
@@ -107,7 +132,7 @@ QString WizardRig::settingsText()
 QObject* WizardRig::find(const QString& objectName) const
 {
     QList<QObject*> all;
-    collect(m_facade->view()->contentItem(), all);
+    collect(m_view->contentItem(), all);
     QObject* hidden = nullptr;
     for (QObject* o : all) {
         if (o->objectName() != objectName)
@@ -128,7 +153,7 @@ QQuickItem* WizardRig::item(const QString& objectName) const
 QQuickItem* WizardRig::itemWithText(const QString& text) const
 {
     QList<QObject*> all;
-    collect(m_facade->view()->contentItem(), all);
+    collect(m_view->contentItem(), all);
     for (QObject* o : all) {
         auto* item = qobject_cast<QQuickItem*>(o);
         if (reallyVisible(item) && item->property("text").toString() == text
@@ -181,12 +206,12 @@ bool WizardRig::waitFor(const std::function<bool()>& done, int timeoutMs)
 
 int WizardRig::activeStep() const
 {
-    return m_facade->view()->rootObject()->property("activeStep").toInt();
+    return m_view->rootObject()->property("activeStep").toInt();
 }
 
 bool WizardRig::controlsEnabled() const
 {
-    return m_facade->view()->rootObject()->property("controlsEnabled").toBool();
+    return m_view->rootObject()->property("controlsEnabled").toBool();
 }
 
 QString WizardRig::messageText() const
@@ -233,6 +258,21 @@ bool WizardRig::positionGridAutomatically()
     return waitFor([this] { return controlsEnabled() || !messageText().isEmpty(); });
 }
 
+bool WizardRig::autoBrightness()
+{
+    click("autoButton");
+    return waitFor([this] { return !controlsEnabled(); }, 5000) &&
+           waitFor([this] { return controlsEnabled(); }, 180000);
+}
+
+void WizardRig::chooseFolder(const QString& option, const QString& folder)
+{
+    click(option + "Check");
+    click(option + "Folder");
+    key(Qt::Key_A, Qt::ControlModifier);
+    type(folder);
+}
+
 bool WizardRig::next()
 {
     const int from = activeStep();
@@ -254,6 +294,15 @@ void WizardRig::hoverPatch(int index)
     QTest::qWait(50);
 }
 
+bool WizardRig::waitForLiveImage(int timeoutMs)
+{
+    QObject* camera = m_view->rootContext()->contextProperty("camera").value<QObject*>();
+    if (!camera)
+        return false;
+    QSignalSpy frames(camera, SIGNAL(imageChanged()));
+    return frames.wait(timeoutMs);
+}
+
 void WizardRig::screenshot(const QString& name)
 {
     QTest::qWait(300);  // a few live frames
@@ -270,7 +319,7 @@ void WizardRig::screenshot(const QString& name)
 
 bool WizardRig::waitForWindowClosed(int timeoutMs)
 {
-    return waitFor([this] { return m_closed && !m_dialog->isVisible(); }, timeoutMs);
+    return waitFor([this] { return m_closed && (!m_dialog || !m_dialog->isVisible()); }, timeoutMs);
 }
 
 void WizardRig::closeByFrame()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDialog>
 #include <QPointer>
 #include <QString>
 #include <QStringList>
@@ -15,6 +16,7 @@ class QmlDataModelInterface;
 class QObject;
 class QQuickItem;
 class QQuickView;
+class QSignalSpy;
 
 /// One camera's calibrator window as a person sees it: the tool dialog with
 /// the wizard, over an opened session on an emulated camera, in the language
@@ -28,12 +30,18 @@ public:
 
     /// `language` "en", "de", "ja", ...: set through the plug-in before the wizard loads.
     explicit WizardRig(const QString& cameraId, const QString& language = "en");
+    /// The calibrator window a host opened (the viewer's Tools menu), driven
+    /// the same way; the host keeps owning it and its camera. Its objects are
+    /// the loaded plug-in's, so the rig sees them through Qt's meta-objects
+    /// only: pool(), facade(), settingsText(), hoverPatch() and logLines() are
+    /// for the rig's own window.
+    WizardRig(QQuickView& view, QDialog& window);
     ~WizardRig();
 
     EmulatedPool& pool() { return *m_pool; }
     QmlDataModelInterface& facade() { return *m_facade; }
-    QQuickView& view();
-    ColorCorrectionToolDlg& dialog() { return *m_dialog; }
+    QQuickView& view() { return *m_view; }
+    QDialog& dialog() { return *m_dialog; }
     /// The camera's feature-persistence text, read past the session.
     QString settingsText();
 
@@ -65,17 +73,23 @@ public:
     /// Step 1: automatic grid position; then Next. Steps 2 to 3: Next.
     bool positionGridAutomatically();
     bool next();
+    /// Step 2: Auto, until the brightness loop has ended; false when it never starts or ends.
+    bool autoBrightness();
+    /// Step 4: ticks the option ("saveSettings", "saveSummary") and types the folder beside it.
+    void chooseFolder(const QString& option, const QString& folder);
 
     /// Rests the mouse pointer on a patch of the chart grid (0 to 23), a little below its centre.
     void hoverPatch(int index);
     /// What the tool wrote to the host's log window so far.
     const QStringList& logLines() const { return m_log; }
 
+    /// Waits for the live image's next frame, as a person waits to see the picture.
+    bool waitForLiveImage(int timeoutMs = 30000);
     /// Writes the window to out/screenshots/<name>.png.
     void screenshot(const QString& name);
 
     /// How the wizard ended: "cancel", "finish" or "" while it runs.
-    QString ended() const { return m_ended; }
+    QString ended() const;
     /// Whether the dialog has finished (and so released the camera).
     bool windowClosed() const { return m_closed; }
     bool waitForWindowClosed(int timeoutMs = 10000);
@@ -83,13 +97,18 @@ public:
     void closeByFrame();
 
 private:
+    /// Watches the wizard's end and waits for its step 1.
+    void watch();
+
     std::unique_ptr<EmulatedPool> m_pool;
     std::unique_ptr<ColorCorrectionModel> m_model;
     std::unique_ptr<QmlDataModelInterface> m_facade;
-    std::unique_ptr<ColorCorrectionToolDlg> m_dialog;
+    std::unique_ptr<ColorCorrectionToolDlg> m_ownDialog;
     std::unique_ptr<QPluginLoader> m_plugin;
+    QQuickView* m_view = nullptr;
+    QPointer<QDialog> m_dialog;  ///< a host may delete its window once it is closed
+    std::unique_ptr<QSignalSpy> m_finished, m_cancelled;
     QString m_cameraId;
-    QString m_ended;
     bool m_closed = false;
     QStringList m_log;
 };

@@ -3,6 +3,7 @@
 #include "emulatedcameras.h"
 
 #include "genicam/inodemap.h"
+#include "genicam/sfncversion.h"
 #include "kalto/idevice.h"
 #include "kalto/transportlayerregistry.h"
 
@@ -34,10 +35,7 @@ int runCameras(const cli::Args& args)
             auto device = Kalto::CTransportLayerRegistry::instance().createDevice(info.id);
             if (device) {
                 Kalto::INodeMap& map = device->nodeMap();
-                const int major = integerFeature(map, "DeviceSFNCVersionMajor");
-                if (major >= 0)
-                    sfnc = QString("%1.%2.%3").arg(major).arg(integerFeature(map, "DeviceSFNCVersionMinor"))
-                               .arg(integerFeature(map, "DeviceSFNCVersionSubMinor"));
+                sfnc = Kalto::SfncVersion(map).toString();
                 pipeline = integerFeature(map, "DeviceColorPipelineVersion");
             }
         } catch (const std::exception& e) {

@@ -9,6 +9,7 @@
 #include "camerapool/deviceparameterservice.h"
 #include "camerapool/devicestatusservice.h"
 #include "genicam/inodemap.h"
+#include "genicam/sfncversion.h"
 #include "kalto/idevice.h"
 #include "kalto/itransportlayer.h"
 #include "kalto/transportlayerregistry.h"
@@ -25,16 +26,7 @@ namespace {
 QVersionNumber sfncOf(Kalto::IDevice& device)
 {
     try {
-        Kalto::INodeMap& map = device.nodeMap();
-        std::lock_guard<std::recursive_mutex> lock(map.mutex());
-        QVector<int> parts;
-        for (const char* f :
-             {"DeviceSFNCVersionMajor", "DeviceSFNCVersionMinor", "DeviceSFNCVersionSubMinor"}) {
-            if (!map.hasNode(f) || map.nodeType(f) != Kalto::ENodeType::Integer)
-                return {};
-            parts << static_cast<int>(map.getInteger(f));
-        }
-        return QVersionNumber(parts);
+        return Kalto::SfncVersion(device.nodeMap());
     } catch (const std::exception&) {
         return {};
     }

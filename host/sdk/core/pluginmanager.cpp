@@ -2,8 +2,10 @@
 
 #include "core/iplugin.h"
 #include "core/ipluginitializer.h"
+#include "core/sdklog.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QHash>
 #include <QJsonArray>
 #include <QJsonObject>
@@ -38,42 +40,37 @@ struct PluginManager::Impl {
     QList<Entry> entries;
     QList<int> order;  // running plug-ins in initialization order
 
-    void readMetaData(Entry& e)
+    void readMetaData(Entry& e) { e.design.error = metaDataProblem(e.loader->metaData(), e.design); }
+
+    // Fills `design` from the metadata; empty when they are complete, or why not.
+    static QString metaDataProblem(const QJsonObject& meta, PluginRecord& design)
     {
-        const QJsonObject meta = e.loader->metaData();
-        if (meta.isEmpty()) {
-            e.design.error = QStringLiteral("not a plug-in");
-            return;
-        }
-        if (meta.value(QStringLiteral("IID")).toString() != QLatin1String(CORE_PLUGIN_IPLUGIN_IID)) {
-            e.design.error = QStringLiteral("plug-in of another application (IID %1)")
-                               .arg(meta.value(QStringLiteral("IID")).toString());
-            return;
-        }
+        if (meta.isEmpty())
+            return QStringLiteral("not a plug-in");
+        if (meta.value(QStringLiteral("IID")).toString() != QLatin1String(CORE_PLUGIN_IPLUGIN_IID))
+            return QStringLiteral("plug-in of another application (IID %1)")
+                .arg(meta.value(QStringLiteral("IID")).toString());
         const QJsonObject md = meta.value(QStringLiteral("MetaData")).toObject();
-        e.design.name = md.value(QStringLiteral("Name")).toString();
-        e.design.version = parseVersion(md.value(QStringLiteral("Version")).toString());
-        e.design.vendor = md.value(QStringLiteral("Vendor")).toString();
-        e.design.description = md.value(QStringLiteral("Description")).toString();
-        if (e.design.name.isEmpty()) {
-            e.design.error = QStringLiteral("metadata without a Name");
-            return;
-        }
-        if (e.design.version.isNull()) {
-            e.design.error = QStringLiteral("metadata without a valid Version");
-            return;
-        }
-        for (const QJsonValue& v : md.value(QStringLiteral("Dependencies")).toArray()) {
+        design.name = md.value(QStringLiteral("Name")).toString();
+        design.version = parseVersion(md.value(QStringLiteral("Version")).toString());
+        design.vendor = md.value(QStringLiteral("Vendor")).toString();
+        design.description = md.value(QStringLiteral("Description")).toString();
+        if (design.name.isEmpty())
+            return QStringLiteral("metadata without a Name");
+        if (design.version.isNull())
+            return QStringLiteral("metadata without a valid Version");
+        const QJsonValue dependencies = md.value(QStringLiteral("Dependencies"));
+        if (!dependencies.isUndefined() && !dependencies.isArray())
+            return QStringLiteral("malformed metadata: Dependencies is not a list");
+        for (const QJsonValue& v : dependencies.toArray()) {
             const QJsonObject dep = v.toObject();
             const QString name = dep.value(QStringLiteral("Name")).toString();
-            const QVersionNumber version =
-                parseVersion(dep.value(QStringLiteral("Version")).toString());
-            if (name.isEmpty() || version.isNull()) {
-                e.design.error = QStringLiteral("malformed dependency entry");
-                return;
-            }
-            e.design.dependencies << qMakePair(name, version);
+            const QVersionNumber version = parseVersion(dep.value(QStringLiteral("Version")).toString());
+            if (name.isEmpty() || version.isNull())
+                return QStringLiteral("malformed dependency entry");
+            design.dependencies << qMakePair(name, version);
         }
+        return {};
     }
 
     int findCandidate(const QString& name) const
@@ -145,8 +142,20 @@ struct PluginManager::Impl {
                 }
             }
         }
-        for (int i : pending)
-            entries[i].design.error = QStringLiteral("dependency cycle");
+        // What is left waits on itself through the others left (named before
+        // any of them is refused, which would hide it from findCandidate).
+        QStringList problems;
+        for (int i : pending) {
+            QStringList waitsOn;
+            for (const auto& dep : entries[i].design.dependencies) {
+                const int other = findCandidate(dep.first);
+                if (other >= 0 && pending.contains(other))
+                    waitsOn << dep.first;
+            }
+            problems << QStringLiteral("dependency cycle through %1").arg(waitsOn.join(QStringLiteral(", ")));
+        }
+        for (int k = 0; k < pending.size(); ++k)
+            entries[pending[k]].design.error = problems[k];
         return result;
     }
 };
@@ -202,7 +211,7 @@ QList<PluginRecord> PluginManager::loadPlugins(const QString& folder)
             continue;
         }
         if (!plugin->initialize(d->initializer)) {
-            e.design.error = QStringLiteral("initialize failed");
+            e.design.error = QStringLiteral("initialize returned false");
             e.loader->unload();
             continue;
         }
@@ -216,8 +225,13 @@ QList<PluginRecord> PluginManager::loadPlugins(const QString& folder)
     d->order << initialized;
 
     QList<PluginRecord> result;
-    for (int i = first; i < d->entries.size(); ++i)
-        result << d->entries[i].design;
+    for (int i = first; i < d->entries.size(); ++i) {
+        const PluginRecord& r = d->entries[i].design;
+        if (!r.error.isEmpty())
+            qCWarning(sdkLog, "plug-in %s refused: %s",
+                      qPrintable(r.name.isEmpty() ? QFileInfo(r.fileName).fileName() : r.name), qPrintable(r.error));
+        result << r;
+    }
     return result;
 }
 

@@ -17,7 +17,8 @@ class IPluginInitializer;
 /// metadata lacks a Name or a valid Version, its name is taken, a dependency
 /// is neither a host component nor another loadable plug-in of at least the
 /// required version, dependencies form a cycle, or initialize returns false.
-/// The rest are initialized in dependency order, then post-initialized.
+/// The rest are initialized in dependency order, then post-initialized. Each
+/// refusal is also logged ("kalto.sdk"), naming the plug-in (or its file).
 class PluginManager : public QObject {
     Q_OBJECT
 public:

@@ -239,177 +239,203 @@ std::string CFeaturePersistence::Save(const INodeMap& map)
            std::to_string(lines) + "\n" + out + kEndMarker + "\n";
 }
 
-SLoadReport CFeaturePersistence::Load(INodeMap& map, std::string_view text)
-{
-    std::lock_guard<std::recursive_mutex> lock(map.mutex());
-    SLoadReport report;
-    std::set<std::string> failedSelectors;
-    auto reject = [&](size_t lineNumber, std::string_view feature, std::string reason) {
-        ++report.rejectedCount;
-        if (report.rejected.size() < kMaxReportedLines)
-            report.rejected.push_back({lineNumber, shortName(feature), std::move(reason)});
-    };
+namespace {
 
-    size_t pos = 0;
-    size_t lineNumber = 0;
-    std::string scratch;
-    // Set by a text that declares its length (texts written before that was
-    // done load as they always did).
-    size_t declaredLines = 0;
-    bool ended = false;
-    while (pos < text.size()) {
-        ++lineNumber;
-        size_t end = text.find('\n', pos);
-        const bool terminated = end != std::string_view::npos;
-        if (!terminated)
-            end = text.size();
-        std::string_view line = text.substr(pos, end - pos);
-        pos = end + 1;
-        if (!line.empty() && line.back() == '\r')
-            line.remove_suffix(1);
-        if (line.size() > kMaxLineBytes) {
-            reject(lineNumber, {}, "line longer than " + std::to_string(kMaxLineBytes) + " bytes");
-            continue;
+// One load: the lines of a text applied in order, with what they leave behind
+// for the lines after them (failed selectors, the declared length).
+class Loader {
+public:
+    explicit Loader(INodeMap& map) : m_map(map) {}
+
+    SLoadReport run(std::string_view text)
+    {
+        size_t pos = 0;
+        while (pos < text.size()) {
+            ++m_lineNumber;
+            size_t end = text.find('\n', pos);
+            const bool terminated = end != std::string_view::npos;
+            if (!terminated)
+                end = text.size();
+            std::string_view line = text.substr(pos, end - pos);
+            pos = end + 1;
+            if (!line.empty() && line.back() == '\r')
+                line.remove_suffix(1);
+            loadLine(line, terminated);
+        }
+        if (m_declaredLines > 0 && !m_ended)
+            reject({}, "truncated: the text ends after line " + std::to_string(m_lineNumber) + " of " +
+                           std::to_string(m_declaredLines) + ", before its end marker");
+        return std::move(m_report);
+    }
+
+private:
+    void reject(std::string_view feature, std::string reason)
+    {
+        ++m_report.rejectedCount;
+        if (m_report.rejected.size() < CFeaturePersistence::kMaxReportedLines)
+            m_report.rejected.push_back({m_lineNumber, shortName(feature), std::move(reason)});
+    }
+
+    void loadLine(std::string_view line, bool terminated)
+    {
+        if (line.size() > CFeaturePersistence::kMaxLineBytes) {
+            reject({}, "line longer than " + std::to_string(CFeaturePersistence::kMaxLineBytes) + " bytes");
+            return;
         }
         if (line.find_first_not_of(" \t") == std::string_view::npos)
-            continue;
+            return;
         if (line.front() == '#') {
-            if (lineNumber <= 3 && line.substr(0, std::strlen(kLinesHeader)) == kLinesHeader) {
-                int64_t n = 0;
-                if (parseInt(line.substr(std::strlen(kLinesHeader)), n) && n > 0)
-                    declaredLines = size_t(n);
-            }
-            ended = ended || line == kEndMarker;
-            continue;
+            readHeader(line);
+            return;
         }
-        if (declaredLines > 0 && !terminated) {
-            reject(lineNumber, line.substr(0, line.find('\t')), "cut off: the text ends inside this line");
-            continue;
+        if (m_declaredLines > 0 && !terminated) {
+            reject(line.substr(0, line.find('\t')), "cut off: the text ends inside this line");
+            return;
         }
         if (const char* bad = checkText(line)) {
-            reject(lineNumber, {}, bad);
-            continue;
+            reject({}, bad);
+            return;
         }
         const size_t tab = line.find('\t');
         if (tab == std::string_view::npos) {
-            reject(lineNumber, line.substr(0, line.find(' ')), "no tab between name and value");
-            continue;
+            reject(line.substr(0, line.find(' ')), "no tab between name and value");
+            return;
         }
-        const std::string name(line.substr(0, tab));
-        const std::string_view value = line.substr(tab + 1);
-        if (!map.hasNode(name)) {
-            reject(lineNumber, name, "unknown feature");
-            continue;
+        loadFeature(std::string(line.substr(0, tab)), line.substr(tab + 1));
+    }
+
+    // Texts written before the length was declared load as they always did.
+    void readHeader(std::string_view line)
+    {
+        if (m_lineNumber <= 3 && line.substr(0, std::strlen(kLinesHeader)) == kLinesHeader) {
+            int64_t n = 0;
+            if (parseInt(line.substr(std::strlen(kLinesHeader)), n) && n > 0)
+                m_declaredLines = size_t(n);
         }
-        const ENodeType type = map.nodeType(name);
-        const bool isSelector =
-            type == ENodeType::Enumeration && !map.selectedFeatures(name).empty();
-        auto failSelector = [&] {
-            if (isSelector)
-                failedSelectors.insert(name);
-        };
-        const std::string selector = map.selectorOf(name);
-        if (!selector.empty() && failedSelectors.count(selector)) {
-            reject(lineNumber, name, "its selector " + selector + " was not applied");
-            continue;
+        m_ended = m_ended || line == kEndMarker;
+    }
+
+    void loadFeature(const std::string& name, std::string_view value)
+    {
+        if (!m_map.hasNode(name)) {
+            reject(name, "unknown feature");
+            return;
+        }
+        const ENodeType type = m_map.nodeType(name);
+        const std::string selector = m_map.selectorOf(name);
+        if (!selector.empty() && m_failedSelectors.count(selector)) {
+            reject(name, "its selector " + selector + " was not applied");
+            return;
         }
         if (type == ENodeType::Command) {
-            reject(lineNumber, name, "a command holds no value");
-            continue;
+            reject(name, "a command holds no value");
+            return;
         }
-        if (!map.isWritable(name)) {
-            reject(lineNumber, name, "feature is not writable");
-            failSelector();
-            continue;
+        std::string problem;
+        if (!m_map.isWritable(name)) {
+            problem = "feature is not writable";
+        } else {
+            try {
+                problem = apply(name, type, value);
+            } catch (const GenICam_3_1_Ostrel_kalto::RuntimeException& e) {
+                // The device may refuse a write its limits allow (a callback vetoing it).
+                problem = e.GetDescription();
+            }
         }
-        try {
-            switch (type) {
-            case ENodeType::Float: {
-                double v;
-                if (!parseDouble(value, v)) {
-                    reject(lineNumber, name, "not a number");
-                    continue;
-                }
-                const double lo = map.floatMin(name), hi = map.floatMax(name);
-                if (v < lo || v > hi) {
-                    reject(lineNumber, name,
-                           "out of range [" + FormatFloat(lo) + ", " + FormatFloat(hi) + "]");
-                    continue;
-                }
-                map.setFloat(name, v);
-                break;
-            }
-            case ENodeType::Integer: {
-                int64_t v;
-                if (!parseInt(value, v)) {
-                    reject(lineNumber, name, "not an integer");
-                    continue;
-                }
-                const int64_t lo = map.integerMin(name), hi = map.integerMax(name);
-                if (v < lo || v > hi) {
-                    reject(lineNumber, name,
-                           "out of range [" + std::to_string(lo) + ", " + std::to_string(hi) +
-                               "]");
-                    continue;
-                }
-                map.setInteger(name, v);
-                break;
-            }
-            case ENodeType::Enumeration: {
-                const std::string symbolic(value);
-                bool known = false;
-                for (const SEnumEntry& e : map.enumEntries(name))
-                    known = known || e.symbolic == symbolic;
-                if (!known) {
-                    reject(lineNumber, name, "no entry named " + shortName(symbolic));
-                    failSelector();
-                    continue;
-                }
-                if (!map.isEntryAvailable(name, symbolic)) {
-                    reject(lineNumber, name, "entry " + symbolic + " is not available");
-                    failSelector();
-                    continue;
-                }
-                map.setEnum(name, symbolic);
-                failedSelectors.erase(name);
-                break;
-            }
-            case ENodeType::Boolean:
-                if (value == "1" || value == "true")
-                    map.setBool(name, true);
-                else if (value == "0" || value == "false")
-                    map.setBool(name, false);
-                else {
-                    reject(lineNumber, name, "not a boolean (1, 0, true, false)");
-                    continue;
-                }
-                break;
-            case ENodeType::String:
-                if (!unescapeText(value, scratch)) {
-                    reject(lineNumber, name, "bad escape sequence");
-                    continue;
-                }
-                if (scratch.size() > map.stringMaxLength(name)) {
-                    reject(lineNumber, name, "text longer than the feature allows");
-                    continue;
-                }
-                map.setString(name, scratch);
-                break;
-            case ENodeType::Command:
-                break;
-            }
-            ++report.appliedLines;
-        } catch (const GenICam_3_1_Ostrel_kalto::RuntimeException& e) {
-            // The device may refuse a write its limits allow (a callback vetoing it).
-            reject(lineNumber, name, e.GetDescription());
-            failSelector();
+        // The lines a selector selects are void once the selector line is.
+        const bool isSelector = type == ENodeType::Enumeration && !m_map.selectedFeatures(name).empty();
+        if (problem.empty()) {
+            ++m_report.appliedLines;
+            m_failedSelectors.erase(name);
+        } else {
+            reject(name, std::move(problem));
+            if (isSelector)
+                m_failedSelectors.insert(name);
         }
     }
-    if (declaredLines > 0 && !ended)
-        reject(lineNumber, {},
-               "truncated: the text ends after line " + std::to_string(lineNumber) + " of " +
-                   std::to_string(declaredLines) + ", before its end marker");
-    return report;
+
+    // Empty when the value was written; otherwise why not.
+    std::string apply(const std::string& name, ENodeType type, std::string_view value)
+    {
+        switch (type) {
+        case ENodeType::Float:
+            return applyFloat(name, value);
+        case ENodeType::Integer:
+            return applyInteger(name, value);
+        case ENodeType::Enumeration:
+            return applyEnumeration(name, value);
+        case ENodeType::Boolean:
+            if (value != "1" && value != "true" && value != "0" && value != "false")
+                return "not a boolean (1, 0, true, false)";
+            m_map.setBool(name, value == "1" || value == "true");
+            return {};
+        case ENodeType::String:
+            if (!unescapeText(value, m_scratch))
+                return "bad escape sequence";
+            if (m_scratch.size() > m_map.stringMaxLength(name))
+                return "text longer than the feature allows";
+            m_map.setString(name, m_scratch);
+            return {};
+        case ENodeType::Command:
+            break;
+        }
+        return {};
+    }
+
+    std::string applyFloat(const std::string& name, std::string_view value)
+    {
+        double v;
+        if (!parseDouble(value, v))
+            return "not a number";
+        const double lo = m_map.floatMin(name), hi = m_map.floatMax(name);
+        if (v < lo || v > hi)
+            return "out of range [" + CFeaturePersistence::FormatFloat(lo) + ", " +
+                   CFeaturePersistence::FormatFloat(hi) + "]";
+        m_map.setFloat(name, v);
+        return {};
+    }
+
+    std::string applyInteger(const std::string& name, std::string_view value)
+    {
+        int64_t v;
+        if (!parseInt(value, v))
+            return "not an integer";
+        const int64_t lo = m_map.integerMin(name), hi = m_map.integerMax(name);
+        if (v < lo || v > hi)
+            return "out of range [" + std::to_string(lo) + ", " + std::to_string(hi) + "]";
+        m_map.setInteger(name, v);
+        return {};
+    }
+
+    std::string applyEnumeration(const std::string& name, std::string_view value)
+    {
+        const std::string symbolic(value);
+        bool known = false;
+        for (const SEnumEntry& e : m_map.enumEntries(name))
+            known = known || e.symbolic == symbolic;
+        if (!known)
+            return "no entry named " + shortName(symbolic);
+        if (!m_map.isEntryAvailable(name, symbolic))
+            return "entry " + symbolic + " is not available";
+        m_map.setEnum(name, symbolic);
+        return {};
+    }
+
+    INodeMap& m_map;
+    SLoadReport m_report;
+    std::set<std::string> m_failedSelectors;
+    std::string m_scratch;
+    size_t m_lineNumber = 0;
+    size_t m_declaredLines = 0;  ///< from "# Lines", 0 when the text does not say
+    bool m_ended = false;        ///< the end marker was read
+};
+
+}  // namespace
+
+SLoadReport CFeaturePersistence::Load(INodeMap& map, std::string_view text)
+{
+    std::lock_guard<std::recursive_mutex> lock(map.mutex());
+    return Loader(map).run(text);
 }
 
 }  // namespace Kalto

@@ -1,6 +1,7 @@
 #include "parametercollection/nodemapparametercollection.h"
 
 #include "genicam/inodemap.h"
+#include "genicam/sfncversion.h"
 #include "parametercollection/booleanparameter.h"
 #include "parametercollection/commandparameter.h"
 #include "parametercollection/enumparameter.h"
@@ -105,16 +106,7 @@ QStringList NodeMapParameterCollection::featureNames() const
 QVersionNumber NodeMapParameterCollection::sfncVersion() const
 {
     m_context->requireConnected();
-    const Kalto::INodeMap& map = *m_context->nodeMap;
-    std::lock_guard<std::recursive_mutex> lock(map.mutex());
-    QVector<int> parts;
-    for (const char* f :
-         {"DeviceSFNCVersionMajor", "DeviceSFNCVersionMinor", "DeviceSFNCVersionSubMinor"}) {
-        if (!map.hasNode(f) || map.nodeType(f) != Kalto::ENodeType::Integer || !map.isReadable(f))
-            return {};
-        parts << static_cast<int>(map.getInteger(f));
-    }
-    return QVersionNumber(parts);
+    return Kalto::SfncVersion(*m_context->nodeMap);
 }
 
 }  // namespace ParameterCollection

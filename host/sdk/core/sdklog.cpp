@@ -1,0 +1,3 @@
+#include "core/sdklog.h"
+
+Q_LOGGING_CATEGORY(sdkLog, "kalto.sdk")

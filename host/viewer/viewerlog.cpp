@@ -1,0 +1,3 @@
+#include "viewerlog.h"
+
+Q_LOGGING_CATEGORY(viewerLog, "kalto.viewer")
