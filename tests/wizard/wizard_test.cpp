@@ -114,16 +114,7 @@ TEST_P(WholeCalibration, ThroughTheFourScreensSavesEverythingAndLeavesTheCameraC
     rig.key(Qt::Key_Return);  // Next, by keyboard
     ASSERT_TRUE(rig.waitForStep(4));
     QTemporaryDir out;
-    rig.chooseFolder("saveSettings", out.filePath("settings"));
-    rig.chooseFolder("saveSummary", out.filePath("summary"));
-    // The first user set, chosen by keyboard.
-    rig.click("userSetChoice");
-    rig.key(Qt::Key_Down);
-    rig.key(Qt::Key_Return);
-    ASSERT_TRUE(rig.waitFor([&] { return rig.property("userSetChoice", "currentIndex").toInt() == 1; }, 5000));
-    rig.click("saveButton");
-    ASSERT_TRUE(rig.waitFor([&] { return rig.property("saveStatus", "visible").toBool(); }, 60000))
-        << rig.messageText().toStdString();
+    ASSERT_TRUE(rig.saveToFoldersAndFirstUserSet(out.path())) << rig.messageText().toStdString();
     if (screenshots)
         rig.screenshot("wizard_step4");
     EXPECT_EQ(filesUnder(out.filePath("settings"), "Calibrated.pfs"), 1);

@@ -273,6 +273,19 @@ void WizardRig::chooseFolder(const QString& option, const QString& folder)
     type(folder);
 }
 
+bool WizardRig::saveToFoldersAndFirstUserSet(const QString& root)
+{
+    chooseFolder("saveSettings", root + "/settings");
+    chooseFolder("saveSummary", root + "/summary");
+    click("userSetChoice");
+    key(Qt::Key_Down);
+    key(Qt::Key_Return);
+    if (!waitFor([this] { return property("userSetChoice", "currentIndex").toInt() == 1; }, 5000))
+        return false;
+    click("saveButton");
+    return waitFor([this] { return property("saveStatus", "visible").toBool(); }, 60000);
+}
+
 bool WizardRig::next()
 {
     const int from = activeStep();

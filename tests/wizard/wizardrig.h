@@ -77,6 +77,9 @@ public:
     bool autoBrightness();
     /// Step 4: ticks the option ("saveSettings", "saveSummary") and types the folder beside it.
     void chooseFolder(const QString& option, const QString& folder);
+    /// Step 4: settings and summary into folders below `root`, the first user set chosen by
+    /// keyboard, then Save; true once the save status shows.
+    bool saveToFoldersAndFirstUserSet(const QString& root);
 
     /// Rests the mouse pointer on a patch of the chart grid (0 to 23), a little below its centre.
     void hoverPatch(int index);
