@@ -4,6 +4,7 @@
 #include "colorcorrectionmodel.h"
 #include "originalimageprovider.h"
 #include "pointtransformer.h"
+#include "propertyvalue.h"
 #include "qmlexposuretime.h"
 #include "qmlfiledialog.h"
 #include "qmlgainvalue.h"
@@ -159,10 +160,8 @@ QString QmlDataModelInterface::previousCalibrationFile() const
 
 void QmlDataModelInterface::setPreviousCalibrationFile(const QString& path)
 {
-    if (path == d->previousCalibrationFile)
-        return;
-    d->previousCalibrationFile = path;
-    emit previousCalibrationFileChanged();
+    if (assignChanged(d->previousCalibrationFile, path))
+        emit previousCalibrationFileChanged();
 }
 
 QString QmlDataModelInterface::calibrationFileToSave() const
@@ -172,10 +171,8 @@ QString QmlDataModelInterface::calibrationFileToSave() const
 
 void QmlDataModelInterface::setCalibrationFileToSave(const QString& path)
 {
-    if (path == d->calibrationFileToSave)
-        return;
-    d->calibrationFileToSave = path;
-    emit calibrationFileToSaveChanged();
+    if (assignChanged(d->calibrationFileToSave, path))
+        emit calibrationFileToSaveChanged();
 }
 
 QString QmlDataModelInterface::summaryFileToSave() const
@@ -185,10 +182,8 @@ QString QmlDataModelInterface::summaryFileToSave() const
 
 void QmlDataModelInterface::setSummaryFileToSave(const QString& path)
 {
-    if (path == d->summaryFileToSave)
-        return;
-    d->summaryFileToSave = path;
-    emit summaryFileToSaveChanged();
+    if (assignChanged(d->summaryFileToSave, path))
+        emit summaryFileToSaveChanged();
 }
 
 bool QmlDataModelInterface::showGrid() const
@@ -198,10 +193,8 @@ bool QmlDataModelInterface::showGrid() const
 
 void QmlDataModelInterface::setShowGrid(bool show)
 {
-    if (show == d->showGrid)
-        return;
-    d->showGrid = show;
-    emit showGridChanged();
+    if (assignChanged(d->showGrid, show))
+        emit showGridChanged();
 }
 
 bool QmlDataModelInterface::initial() const
@@ -211,10 +204,8 @@ bool QmlDataModelInterface::initial() const
 
 void QmlDataModelInterface::setInitial(bool initial)
 {
-    if (initial == d->initial)
-        return;
-    d->initial = initial;
-    emit initialChanged();
+    if (assignChanged(d->initial, initial))
+        emit initialChanged();
 }
 
 QString QmlDataModelInterface::kaltoStandardLocation() const
@@ -229,10 +220,8 @@ bool QmlDataModelInterface::singleShotEnabled() const
 
 void QmlDataModelInterface::setSingleShotEnabled(bool enabled)
 {
-    if (enabled == d->singleShotEnabled)
-        return;
-    d->singleShotEnabled = enabled;
-    emit singleShotEnabledChanged();
+    if (assignChanged(d->singleShotEnabled, enabled))
+        emit singleShotEnabledChanged();
 }
 
 bool QmlDataModelInterface::hasAutoCalibration() const

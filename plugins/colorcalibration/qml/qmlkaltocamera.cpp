@@ -1,5 +1,6 @@
 #include "qmlkaltocamera.h"
 
+#include "propertyvalue.h"
 #include "qmlkaltocameragrabber.h"
 
 #include <QAbstractVideoSurface>
@@ -105,10 +106,8 @@ int QMLKaltoCamera::interval() const
 
 void QMLKaltoCamera::setInterval(int intervalMs)
 {
-    if (intervalMs == d->interval)
-        return;
-    d->interval = intervalMs;
-    emit intervalChanged();
+    if (assignChanged(d->interval, intervalMs))
+        emit intervalChanged();
 }
 
 QAbstractVideoSurface* QMLKaltoCamera::videoSurface() const
@@ -155,10 +154,8 @@ QSize QMLKaltoCamera::originalSize() const
 
 void QMLKaltoCamera::setOriginalSize(const QSize& size)
 {
-    if (size == d->originalSize)
-        return;
-    d->originalSize = size;
-    emit originalSizeChanged();
+    if (assignChanged(d->originalSize, size))
+        emit originalSizeChanged();
 }
 
 QImage QMLKaltoCamera::image() const
