@@ -1,7 +1,13 @@
 #pragma once
 
-#include "chartfit.h"
 #include "imagepipeline.h"
+
+#include <dlib/matrix.h>
+
+namespace ChartFit {
+/// The 24 patches in chart order, R, G, B on 0..255.
+using Chart = dlib::matrix<double, 24, 3>;
+}
 
 /// Measures the 24 patches of a delivered RGB8/BGR8/Mono8 frame the way the
 /// calibration measures them: the sample whose brightest channel is the median

@@ -1,5 +1,5 @@
-#include "chartfit.h"
 #include "chartsampler.h"
+#include "colorcalibrationv1.h"
 #include "coloradjustment.h"
 #include "imagepipeline.h"
 #include "scenerenderer.h"
@@ -8,8 +8,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <map>
 
 namespace {
+
+using Chart = ChartFit::Chart;
 
 // A small frame keeps the sanitizer build quick; patches are still ~40 px.
 const RenderedScene& scene()
@@ -18,127 +22,126 @@ const RenderedScene& scene()
     return s;
 }
 
-ChartFit::Chart measure(const PipelineSettings& s, uint64_t seed = 1)
+Chart measure(const PipelineSettings& s, uint64_t seed = 1)
 {
-    ImagePipeline pipeline;
     Frame f;
-    pipeline.process(scene(), s, seed, f);
+    ImagePipeline().process(scene(), s, seed, f);
     return ChartSampler::measure(f, scene().geometry);
-}
-
-double brightest(const ChartFit::Chart& c, long k)
-{
-    return std::max({c(k, 0), c(k, 1), c(k, 2)});
-}
-
-// Exposure that brings patch 19's brightest channel to 150 of 255.
-PipelineSettings exposedNeutral()
-{
-    PipelineSettings s;
-    s.exposureUs = 5000;
-    for (int i = 0; i < 3; ++i)
-        s.exposureUs *= 150.0 / brightest(measure(s), 19);
-    return s;
 }
 
 TEST(ImagePipeline, NeutralCameraIsOffTheTargetButCalibratable)
 {
-    const PipelineSettings s = exposedNeutral();
-    const ChartFit::Chart c = measure(s);
-    EXPECT_NEAR(brightest(c, 19), 150.0, 3.0);
-    const double neutral = ChartFit::meanDeltaE(c);
+    PipelineSettings s;  // patch 19's brightest channel at 150 of 255
+    s.exposureUs = 5000;
+    for (int i = 0; i < 3; ++i)
+        s.exposureUs *= 150.0 / dlib::max(dlib::rowm(measure(s), 19));
+    const Chart c = measure(s);
+    EXPECT_NEAR(dlib::max(dlib::rowm(c, 19)), 150.0, 3.0);
+    EXPECT_GT(std::fabs(c(19, 0) - c(19, 2)), 10.0);  // a colour cast: the grey patch is not grey
+
+    ColorCalibrationV1 engine;
+    engine.SetChart(COLORCALIBRATION_STEP_ORIGINAL, c);
+    const double full = engine.Run();
+    const double neutral = engine.GetError(COLORCALIBRATION_STEP_ORIGINAL, false, true);
+    const double matrixOnly = engine.GetError(COLORCALIBRATION_STEP_MATRIX3X3, false, true);
     EXPECT_GE(neutral, 8.0);
     EXPECT_LE(neutral, 20.0);
-    // A colour cast: the grey patch is not grey.
-    EXPECT_GT(std::fabs(c(19, 0) - c(19, 2)), 10.0);
-
-    const ChartFit fit = ChartFit::fit(c);
-    const double matrixOnly = ChartFit::meanDeltaE(fit.afterMatrix);
-    const double full = ChartFit::meanDeltaE(fit.corrected);
     EXPECT_LE(full, 2.5);
     EXPECT_LT(full, matrixOnly);
-    std::printf("neutral mean dE2000 %.2f, after matrix %.2f, after hue/saturation %.2f\n", neutral,
-                matrixOnly, full);
+    std::printf("neutral mean dE2000 %.2f, after matrix %.2f, after hue/saturation %.2f\n", neutral, matrixOnly, full);
 }
 
-TEST(ImagePipeline, ValuesScaleWithExposureTimesGain)
+// One stage changed against the plain pipeline at 9 ms: each patch and channel
+// listed must come out as `expected` computes it from the plain chart `a` (or
+// from the changed chart `b`), within rel * expected + abs.
+struct StageRow {
+    const char* name;
+    std::function<void(PipelineSettings&)> change;
+    std::vector<long> patches;
+    std::function<double(const Chart& a, const Chart& b, long k, long j)> expected;
+    double rel, abs;
+};
+
+const std::array<double, 9> kSharpen{{1.2, -0.1, -0.1, -0.1, 1.2, -0.1, -0.1, -0.1, 1.2}};
+const ColorAdjustment::Params kAdjust{{0.1, -0.1, 0.05, 0.08, 0.1, -0.15, 0.7, 1.2, 1.1, 0.8, 0.9, 1.3}};
+
+// The plain chart through kSharpen, then through the hue/saturation stage when `adjust`.
+double sharpened(const Chart& a, long k, long j, bool adjust)
 {
-    PipelineSettings s;
-    s.exposureUs = 5000;
-    const auto a = measure(s);
-    s.exposureUs = 10000;
-    const auto b = measure(s);
-    s.exposureUs = 5000;
-    s.gainDb = 20.0 * std::log10(2.0);
-    const auto c = measure(s);
-    for (long k : {0L, 6L, 13L, 19L, 20L}) {
-        for (long j = 0; j < 3; ++j) {
-            EXPECT_NEAR(b(k, j), 2 * a(k, j), 0.05 * b(k, j) + 3) << "patch " << k;
-            EXPECT_NEAR(c(k, j), b(k, j), 0.05 * b(k, j) + 3) << "patch " << k;
-        }
-    }
-    s.gainDb = 0;
-    s.exposureUs = 100000;
-    const auto sat = measure(s);
-    for (long j = 0; j < 3; ++j)
-        EXPECT_EQ(sat(18, j), 255.0);
+    double v[3];
+    for (int r = 0; r < 3; ++r)
+        v[r] = kSharpen[3 * r] * a(k, 0) + kSharpen[3 * r + 1] * a(k, 1) + kSharpen[3 * r + 2] * a(k, 2);
+    if (adjust)
+        ColorAdjustment::apply(v, kAdjust);
+    return std::clamp(v[j], 0.0, 255.0);
 }
 
-TEST(ImagePipeline, WhiteBalanceScalesChannels)
-{
-    PipelineSettings s;
-    s.exposureUs = 9000;
-    const auto a = measure(s);
-    s.balance = {{1.5, 1.0, 0.5}};
-    const auto b = measure(s);
-    EXPECT_NEAR(b(20, 0), 1.5 * a(20, 0), 0.04 * b(20, 0) + 2);
-    EXPECT_NEAR(b(20, 1), a(20, 1), 0.04 * b(20, 1) + 2);
-    EXPECT_NEAR(b(20, 2), 0.5 * a(20, 2), 0.04 * b(20, 2) + 2);
-}
+const std::vector<long> kAll = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23};
+const std::vector<long> kGreys = {19, 20, 21, 22};
 
-TEST(ImagePipeline, MatrixMixesChannels)
-{
-    PipelineSettings s;
-    s.exposureUs = 9000;
-    const auto a = measure(s);
-    s.matrix = {{0, 1, 0, 1, 0, 0, 0.5, 0, 0.5}};
-    const auto b = measure(s);
-    for (long k : {1L, 6L, 14L}) {
-        EXPECT_NEAR(b(k, 0), a(k, 1), 3);
-        EXPECT_NEAR(b(k, 1), a(k, 0), 3);
-        EXPECT_NEAR(b(k, 2), 0.5 * (a(k, 0) + a(k, 2)), 3);
-    }
-}
-
-TEST(ImagePipeline, ColorAdjustmentActsAfterTheMatrix)
-{
-    PipelineSettings s;
-    s.exposureUs = 9000;
-    s.matrix = {{1.2, -0.1, -0.1, -0.1, 1.2, -0.1, -0.1, -0.1, 1.2}};
-    const auto a = measure(s);
-    s.colorAdjust = {{0.1, -0.1, 0.05, 0.08, 0.1, -0.15, 0.7, 1.2, 1.1, 0.8, 0.9, 1.3}};
-    const auto b = measure(s);
+const StageRow kStageRows[] = {
+    {"halfExposure", [](auto& s) { s.exposureUs = 4500; }, {0, 6, 13, 19, 20},
+     [](const Chart& a, const Chart&, long k, long j) { return 0.5 * a(k, j); }, 0.05, 3},
+    {"halfExposureDoubleGain", [](auto& s) { s.exposureUs = 4500; s.gainDb = 20.0 * std::log10(2.0); },
+     {0, 6, 13, 19, 20}, [](const Chart& a, const Chart&, long k, long j) { return a(k, j); }, 0.05, 3},
+    {"saturatesAt255", [](auto& s) { s.exposureUs = 100000; }, {18},
+     [](const Chart&, const Chart&, long, long) { return 255.0; }, 0, 0},
+    {"whiteBalance", [](auto& s) { s.balance = {{1.5, 1.0, 0.5}}; }, {20},
+     [](const Chart& a, const Chart&, long k, long j) { return std::array<double, 3>{{1.5, 1.0, 0.5}}[j] * a(k, j); },
+     0.04, 2},
+    {"matrixMixes", [](auto& s) { s.matrix = {{0, 1, 0, 1, 0, 0, 0.5, 0, 0.5}}; }, {1, 6, 14},
+     [](const Chart& a, const Chart&, long k, long j) {
+         return j == 0 ? a(k, 1) : j == 1 ? a(k, 0) : 0.5 * (a(k, 0) + a(k, 2));
+     }, 0, 3},
     // Patches from every sector: reds, oranges, greens, blues, purples, magentas.
-    for (long k : {0L, 2L, 4L, 6L, 8L, 9L, 10L, 13L, 14L, 16L, 17L}) {
-        double v[3] = {a(k, 0), a(k, 1), a(k, 2)};
-        ColorAdjustment::apply(v, s.colorAdjust);
-        for (long j = 0; j < 3; ++j)
-            EXPECT_NEAR(b(k, j), std::clamp(v[j], 0.0, 255.0), 4) << "patch " << k;
-    }
-    s.colorAdjustEnable = false;
-    const auto off = measure(s);
-    EXPECT_NEAR(off(14, 1), a(14, 1), 2);
-}
+    {"colourAdjustmentAfterMatrix", [](auto& s) { s.matrix = kSharpen; s.colorAdjust = kAdjust; },
+     {0, 2, 4, 6, 8, 9, 10, 13, 14, 16, 17},
+     [](const Chart& a, const Chart&, long k, long j) { return sharpened(a, k, j, true); }, 0, 4},
+    {"colourAdjustmentOff", [](auto& s) { s.matrix = kSharpen; s.colorAdjust = kAdjust; s.colorAdjustEnable = false; },
+     {14}, [](const Chart& a, const Chart&, long k, long j) { return sharpened(a, k, j, false); }, 0, 3},
+    {"saturationZeroIsGrey", [](auto& s) { s.saturation = 0.0; }, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17},
+     [](const Chart&, const Chart& b, long k, long j) { return b(k, (j + 1) % 3); }, 0, 1.01},
+    {"gammaHalf", [](auto& s) { s.gammaEnable = true; s.gamma = 0.5; }, kGreys,
+     [](const Chart& a, const Chart&, long k, long j) { return 255.0 * std::sqrt(a(k, j) / 255.0); }, 0, 3},
+    {"gammaSrgb", [](auto& s) { s.gammaEnable = true; s.gamma = 0.5; s.gammaCurve = GammaCurve::SRGB; }, kGreys,
+     [](const Chart& a, const Chart&, long k, long j) {
+         const double v = a(k, j) / 255.0;
+         return 255.0 * (v <= 0.0031308 ? 12.92 * v : 1.055 * std::pow(v, 1 / 2.4) - 0.055);
+     }, 0, 3},
+    {"gammaDisabled", [](auto& s) { s.gamma = 0.5; s.gammaCurve = GammaCurve::SRGB; }, {20},
+     [](const Chart& a, const Chart&, long k, long j) { return a(k, j); }, 0, 1.01},
+    {"lutInverts",
+     [](auto& s) {
+         s.lutEnable = true;
+         for (int i = 0; i < 4096; ++i)
+             s.lut.push_back(static_cast<uint16_t>(4095 - i));
+     },
+     {20}, [](const Chart& a, const Chart&, long k, long j) { return 255 - a(k, j); }, 0, 2},
+    {"blackLevel", [](auto& s) { s.blackLevelDn = 160; }, {23},  // 10 of 255
+     [](const Chart& a, const Chart&, long k, long j) { return a(k, j) + 10; }, 0, 2},
+    {"brightness", [](auto& s) { s.brightness = 0.2; }, {22},
+     [](const Chart& a, const Chart&, long k, long j) { return a(k, j) + 25.5; }, 0, 2},
+    {"contrast", [](auto& s) { s.contrast = 0.5; }, {23},
+     [](const Chart& a, const Chart&, long k, long j) { return std::max(0.0, (a(k, j) - 127.5) * 1.5 + 127.5); }, 0, 2},
+    {"bilinearAgreesWithSimple", [](auto& s) { s.demosaicing = Demosaicing::Bilinear; }, kAll,
+     [](const Chart& a, const Chart&, long k, long j) { return a(k, j); }, 0.06, 3},
+};
 
-TEST(ImagePipeline, SaturationZeroGivesGrey)
+TEST(ImagePipeline, EachStageActsAsItsFormulaSays)
 {
-    PipelineSettings s;
-    s.exposureUs = 9000;
-    s.saturation = 0.0;
-    const auto c = measure(s);
-    for (long k = 0; k < 18; ++k) {
-        EXPECT_NEAR(c(k, 0), c(k, 1), 1.01);
-        EXPECT_NEAR(c(k, 1), c(k, 2), 1.01);
+    PipelineSettings plain;
+    plain.exposureUs = 9000;
+    const Chart a = measure(plain);
+    for (const StageRow& row : kStageRows) {
+        SCOPED_TRACE(row.name);
+        PipelineSettings s = plain;
+        row.change(s);
+        const Chart b = measure(s);
+        for (long k : row.patches)
+            for (long j = 0; j < 3; ++j) {
+                const double e = row.expected(a, b, k, j);
+                EXPECT_NEAR(b(k, j), e, row.rel * e + row.abs) << "patch " << k << " channel " << j;
+            }
     }
 }
 
@@ -152,116 +155,55 @@ TEST(ImagePipeline, HueRotationMovesRedTowardsGreen)
     EXPECT_GT(b(14, 1) - b(14, 0), a(14, 1) - a(14, 0) + 20);
 }
 
-TEST(ImagePipeline, GammaCurves)
-{
-    PipelineSettings s;
-    s.exposureUs = 9000;
-    const auto lin = measure(s);
-    s.gammaEnable = true;
-    s.gamma = 0.5;
-    const auto g = measure(s);
-    s.gammaCurve = GammaCurve::SRGB;
-    const auto srgb = measure(s);
-    for (long k : {19L, 20L, 21L, 22L}) {
-        const double v = lin(k, 1) / 255.0;
-        EXPECT_NEAR(g(k, 1), 255.0 * std::sqrt(v), 3) << k;
-        const double enc = v <= 0.0031308 ? 12.92 * v : 1.055 * std::pow(v, 1 / 2.4) - 0.055;
-        EXPECT_NEAR(srgb(k, 1), 255.0 * enc, 3) << k;
-    }
-    s.gammaEnable = false;
-    EXPECT_NEAR(measure(s)(20, 1), lin(20, 1), 1.01);
-}
-
-TEST(ImagePipeline, LutAndBlackLevelAndHsbcTone)
-{
-    PipelineSettings s;
-    s.exposureUs = 9000;
-    const auto lin = measure(s);
-    s.lut.resize(4096);
-    for (int i = 0; i < 4096; ++i)
-        s.lut[i] = static_cast<uint16_t>(4095 - i);
-    s.lutEnable = true;
-    const auto inv = measure(s);
-    EXPECT_NEAR(inv(20, 1), 255 - lin(20, 1), 2);
-    s.lutEnable = false;
-    s.blackLevelDn = 160;  // 10 of 255
-    const auto black = measure(s);
-    EXPECT_NEAR(black(23, 1), lin(23, 1) + 10, 2);
-    s.blackLevelDn = 0;
-    s.brightness = 0.2;
-    EXPECT_NEAR(measure(s)(22, 1), lin(22, 1) + 25.5, 2);
-    s.brightness = 0;
-    s.contrast = 0.5;
-    const auto contrast = measure(s);
-    EXPECT_NEAR(contrast(23, 1), std::max(0.0, (lin(23, 1) - 127.5) * 1.5 + 127.5), 2);
-}
-
 TEST(ImagePipeline, OutputFormats)
 {
-    ImagePipeline p;
     PipelineSettings s;
     s.exposureUs = 9000;
-    Frame rgb, bgr, mono, mono12, bayer, bayer12;
-    p.process(scene(), s, 7, rgb);
-    s.format = Kalto::PixelType_BGR8packed;
-    p.process(scene(), s, 7, bgr);
-    s.format = Kalto::PixelType_Mono8;
-    p.process(scene(), s, 7, mono);
-    s.format = Kalto::PixelType_Mono12;
-    p.process(scene(), s, 7, mono12);
-    s.format = Kalto::PixelType_BayerRG8;
-    p.process(scene(), s, 7, bayer);
-    s.format = Kalto::PixelType_BayerRG12;
-    p.process(scene(), s, 7, bayer12);
-    ASSERT_EQ(rgb.data.size(), 480u * 300 * 3);
-    ASSERT_EQ(mono.data.size(), 480u * 300);
-    ASSERT_EQ(mono12.data.size(), 480u * 300 * 2);
-    ASSERT_EQ(bayer12.data.size(), 480u * 300 * 2);
+    std::map<Kalto::EPixelType, Frame> f;
+    for (auto type : {Kalto::PixelType_RGB8packed, Kalto::PixelType_BGR8packed, Kalto::PixelType_Mono8,
+                      Kalto::PixelType_Mono12, Kalto::PixelType_BayerRG8, Kalto::PixelType_BayerRG12}) {
+        s.format = type;
+        ImagePipeline().process(scene(), s, 7, f[type]);
+    }
+    const auto& rgb = f[Kalto::PixelType_RGB8packed].data;
+    const auto& bgr = f[Kalto::PixelType_BGR8packed].data;
+    const auto& mono = f[Kalto::PixelType_Mono8].data;
+    const auto& mono12 = f[Kalto::PixelType_Mono12].data;
+    const auto& bayer = f[Kalto::PixelType_BayerRG8].data;
+    const auto& bayer12 = f[Kalto::PixelType_BayerRG12].data;
+    ASSERT_EQ(rgb.size(), 480u * 300 * 3);
+    ASSERT_EQ(mono.size(), 480u * 300);
+    ASSERT_EQ(mono12.size(), 480u * 300 * 2);
+    ASSERT_EQ(bayer12.size(), 480u * 300 * 2);
     for (size_t i = 0; i < 480u * 300; i += 997) {
-        EXPECT_EQ(rgb.data[3 * i], bgr.data[3 * i + 2]);
-        EXPECT_EQ(rgb.data[3 * i + 2], bgr.data[3 * i]);
-        const double luma = 0.2126 * rgb.data[3 * i] + 0.7152 * rgb.data[3 * i + 1] + 0.0722 * rgb.data[3 * i + 2];
-        EXPECT_NEAR(mono.data[i], luma, 1.5);
-        const int v12 = mono12.data[2 * i] | (mono12.data[2 * i + 1] << 8);
+        EXPECT_EQ(rgb[3 * i], bgr[3 * i + 2]);
+        EXPECT_EQ(rgb[3 * i + 2], bgr[3 * i]);
+        EXPECT_NEAR(mono[i], 0.2126 * rgb[3 * i] + 0.7152 * rgb[3 * i + 1] + 0.0722 * rgb[3 * i + 2], 1.5);
+        const int v12 = mono12[2 * i] | (mono12[2 * i + 1] << 8);
         EXPECT_LE(v12, 4095);
-        EXPECT_NEAR(v12 / 16.0, mono.data[i], 1.5);
-        const int b12 = bayer12.data[2 * i] | (bayer12.data[2 * i + 1] << 8);
-        EXPECT_EQ(b12 >> 4, bayer.data[i]);
+        EXPECT_NEAR(v12 / 16.0, mono[i], 1.5);
+        EXPECT_EQ((bayer12[2 * i] | (bayer12[2 * i + 1] << 8)) >> 4, bayer[i]);
     }
     // The red patch's red sites are brighter than its green sites.
-    const ChartProjection proj(scene().geometry, 480, 300);
-    const auto q = proj.patch(14);
+    const auto q = ChartProjection(scene().geometry, 480, 300).patch(14);
     const int cx = static_cast<int>((q[0][0] + q[2][0]) / 2) & ~1, cy = static_cast<int>((q[0][1] + q[2][1]) / 2) & ~1;
-    EXPECT_GT(bayer.data[cy * 480 + cx], 2 * bayer.data[cy * 480 + cx + 1]);
-}
-
-TEST(ImagePipeline, BilinearAgreesWithSimpleInsidePatches)
-{
-    PipelineSettings s;
-    s.exposureUs = 9000;
-    const auto a = measure(s);
-    s.demosaicing = Demosaicing::Bilinear;
-    const auto b = measure(s);
-    for (long k = 0; k < 24; ++k)
-        for (long j = 0; j < 3; ++j)
-            EXPECT_NEAR(a(k, j), b(k, j), 0.06 * a(k, j) + 3) << k;
+    EXPECT_GT(bayer[cy * 480 + cx], 2 * bayer[cy * 480 + cx + 1]);
 }
 
 TEST(ImagePipeline, TestPatternsReplaceTheScene)
 {
-    ImagePipeline p;
     PipelineSettings s;
     s.testPattern = TestPattern::GreyRamp;
     s.format = Kalto::PixelType_Mono8;
     Frame f;
-    p.process(scene(), s, 1, f);
+    ImagePipeline().process(scene(), s, 1, f);
     EXPECT_LE(f.data[0], 1);
     EXPECT_GE(f.data[479], 250);
     for (int x = 2; x < 480; x += 2)
         EXPECT_GE(f.data[100 * 480 + x], f.data[100 * 480 + x - 2]);
     s.testPattern = TestPattern::ColorBars;
     s.format = Kalto::PixelType_RGB8packed;
-    p.process(scene(), s, 1, f);
+    ImagePipeline().process(scene(), s, 1, f);
     const size_t red = (150 * 480 + 5 * 60 + 30) * 3;  // sixth bar
     EXPECT_GT(f.data[red], 180);
     EXPECT_LT(f.data[red + 1], 5);
