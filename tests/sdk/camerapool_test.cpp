@@ -9,6 +9,7 @@
 #include "core/baseexception.h"
 #include "emulatedcamera.h"
 #include "emulatortransportlayer.h"
+#include "kalto/itransportlayer.h"
 #include "kalto/transportlayerregistry.h"
 #include "parametercollection/floatparameter.h"
 #include "parametercollection/integerparameter.h"
@@ -228,6 +229,39 @@ TEST_F(Pool, ParametersAndSettingsTextOfACamera)
     EXPECT_TRUE(cam->loadSettings(saved));
     EXPECT_EQ(cam->saveSettings(), saved);
     control->closeCamera(info);
+}
+
+// A layer that lists a device it cannot open, registered ahead of the emulator's.
+struct ListLayer : Kalto::ITransportLayer {
+    std::string name() const override { return "GigE"; }
+    std::vector<Kalto::SDeviceInfo> enumerateDevices() override { return {Kalto::SDeviceInfo{}}; }
+    std::shared_ptr<Kalto::IDevice> createDevice(const std::string&) override { return nullptr; }
+};
+
+TEST_F(Pool, RegistryEnumeratesEveryLayerInOrderAndReplacesAndRemovesByName)
+{
+    Kalto::CTransportLayerRegistry r;
+    r.add(std::make_shared<ListLayer>());
+    r.add(layer);
+    const auto devices = r.enumerateDevices();
+    ASSERT_EQ(devices.size(), 4u);
+    EXPECT_EQ(devices[0].transportLayer, "GigE");  // filled in for a layer that leaves it empty
+    EXPECT_EQ(devices[2].id, "emu-custom-1");
+    EXPECT_EQ(devices[2].transportLayer, "Emulator");
+    const auto custom = r.createDevice("emu-custom-1");
+    ASSERT_TRUE(custom);
+    EXPECT_EQ(custom, r.createDevice("emu-custom-1"));  // one device object per camera
+    EXPECT_EQ(custom->info().modelName, "kA1920-40uc Emulation");
+    EXPECT_EQ(r.createDevice("zz"), nullptr);
+
+    const auto other = std::make_shared<EmulatorTransportLayer>();
+    r.add(other);
+    EXPECT_EQ(r.transportLayers().size(), 2u);
+    EXPECT_EQ(r.transportLayer("Emulator"), other);
+    r.remove("Emulator");
+    EXPECT_EQ(r.enumerateDevices().size(), 1u);
+    EXPECT_EQ(r.transportLayer("Emulator"), nullptr);
+    EXPECT_THROW(r.add(nullptr), std::exception);
 }
 
 }  // namespace

