@@ -3,7 +3,6 @@
 #include "coloradjustment.h"
 #include "colorspace.h"
 #include "emulatedcamera.h"
-#include "emulatortransportlayer.h"
 
 #include "genicam/featurepersistence.h"
 #include "genicam/nodemap.h"
@@ -423,20 +422,6 @@ TEST_F(EmulatedCameraTest, AutoExposureAndWhiteBalanceConverge)
     EXPECT_GT(m.getFloat("BalanceRatio"), 1.05);  // the warm scene light needed more blue
 }
 
-// Two camera objects of one model stand for two processes powering the camera up.
-TEST_F(EmulatedCameraTest, TwoProcessesStoringUserSetsKeepEachOthersSets)
-{
-    EmulatedCamera first(modelNamed("emu-cmed-0"));
-    EmulatedCamera second(modelNamed("emu-cmed-0"));  // its start-up copy has no set yet
-    saveUserSet(first, "UserSet1", 0.6);
-    saveUserSet(second, "UserSet2", 0.8);
-    second.nodeMap().setEnum("UserSetDefault", "UserSet2");
-    EmulatedCamera later(modelNamed("emu-cmed-0"));
-    EXPECT_EQ(later.nodeMap().getEnum("UserSetDefault"), "UserSet2");
-    EXPECT_DOUBLE_EQ(loadUserSet(later, "UserSet1"), 0.6);
-    EXPECT_DOUBLE_EQ(loadUserSet(later, "UserSet2"), 0.8);
-}
-
 TEST_F(EmulatedCameraTest, DamagedMemoryIsReadFromItsBackupAndNeverOverwrittenSilently)
 {
     QString path;
@@ -522,19 +507,24 @@ TEST_F(EmulatedCameraTest, LutTableThatDoesNotParseIsRejectedNotCountedAsApplied
     }
 }
 
-TEST_F(EmulatedCameraTest, UserSetsSurviveARestart)
+// Two camera objects of one model stand for two processes powering the camera
+// up: each keeps the other's sets; the start-up set applies at the next power-up.
+TEST_F(EmulatedCameraTest, UserSetsSurviveARestartAndTwoProcessesKeepEachOthersSets)
 {
     {
-        EmulatedCamera cam(modelNamed("emu-custom-1"));
-        EXPECT_THROW(saveUserSet(cam, "Default", 0.55), GenICam_3_1_Ostrel_kalto::RuntimeException);
-        saveUserSet(cam, "UserSet2", 0.55);
-        cam.nodeMap().setEnum("UserSetDefault", "UserSet2");
-        EXPECT_TRUE(QFile::exists(cam.memoryPath()));
-        EXPECT_TRUE(cam.memoryPath().startsWith(m_dataHome));
+        EmulatedCamera first(modelNamed("emu-custom-1"));
+        EmulatedCamera second(modelNamed("emu-custom-1"));  // its start-up copy has no set yet
+        EXPECT_THROW(saveUserSet(first, "Default", 0.55), GenICam_3_1_Ostrel_kalto::RuntimeException);
+        saveUserSet(first, "UserSet1", 0.6);
+        saveUserSet(second, "UserSet2", 0.55);
+        second.nodeMap().setEnum("UserSetDefault", "UserSet2");
+        EXPECT_TRUE(QFile::exists(first.memoryPath()));
+        EXPECT_TRUE(first.memoryPath().startsWith(m_dataHome));
     }
     EmulatedCamera again(modelNamed("emu-custom-1"));
     EXPECT_DOUBLE_EQ(again.nodeMap().getFloat("Gamma"), 0.55);
     EXPECT_EQ(again.nodeMap().getEnum("UserSetDefault"), "UserSet2");
+    EXPECT_DOUBLE_EQ(loadUserSet(again, "UserSet1"), 0.6);
     EXPECT_DOUBLE_EQ(loadUserSet(again, "Default"), 0.7);
     // Another camera keeps its own memory.
     EmulatedCamera other(modelNamed("emu-cmed-0"));
@@ -654,19 +644,5 @@ TEST_P(PersistenceRoundTrip, SaveLoadSaveIsStable)
 }
 
 INSTANTIATE_TEST_SUITE_P(BothGenerations, PersistenceRoundTrip, ::testing::Values("emu-cmed-0", "emu-custom-1"));
-
-TEST_F(EmulatedCameraTest, TransportLayerOffersThreeCameras)
-{
-    EmulatorTransportLayer layer;
-    const auto infos = layer.enumerateDevices();
-    ASSERT_EQ(infos.size(), 3u);
-    for (const auto& i : infos)
-        EXPECT_EQ(i.transportLayer, "Emulator");
-    const auto a = layer.createDevice("emu-custom-1");
-    ASSERT_TRUE(a);
-    EXPECT_EQ(a, layer.createDevice("emu-custom-1"));
-    EXPECT_EQ(a->info().modelName, infos[1].modelName);
-    EXPECT_FALSE(layer.createDevice("no-such-camera"));
-}
 
 }  // namespace
