@@ -4,14 +4,13 @@
 
 #include "emulatedcamera.h"
 #include "featurewritelog.h"
-#include "sessionrig.h"
+#include "emulatedcamerasuite.h"
 
 #include "genicam/nodemap.h"
 
 #include <QSignalSpy>
 #include <QTest>
 
-#include <gtest/gtest.h>
 
 #include <cmath>
 
@@ -140,10 +139,6 @@ TEST_P(AutoBrightnessTest, CameraGoneBeforeTheLoopBegins)
     EXPECT_EQ(rounds(), 0u);
 }
 
-INSTANTIATE_TEST_SUITE_P(EmulatedCameras, AutoBrightnessTest,
-                         ::testing::Values(SessionRig::kMedical, SessionRig::kCustom),
-                         [](const ::testing::TestParamInfo<const char*>& info) {
-                             return std::string(info.param) == SessionRig::kMedical ? "Sfnc2" : "Sfnc1";
-                         });
+INSTANTIATE_ON_EMULATED_CAMERAS(AutoBrightnessTest);
 
 }  // namespace

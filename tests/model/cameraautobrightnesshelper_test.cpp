@@ -35,33 +35,11 @@ public:
             values << QColor(g / 2, g, g / 3);
         return 24;
     }
-    bool GetExposureTimeRange(double& min, double& value, double& max) override
-    {
-        min = 20.0;
-        value = exposure;
-        max = 1e6;
-        return true;
-    }
-    bool SetExposureTimeValue(double v) override
-    {
-        exposure = v;
-        exposureWrites.push_back(v);
-        return true;
-    }
+    bool GetExposureTimeRange(double& min, double& value, double& max) override { return range(20.0, exposure, 1e6, min, value, max); }
+    bool SetExposureTimeValue(double v) override { return record(exposure, exposureWrites, v); }
     double GetExposureTimeValue() override { return exposure; }
-    bool GetGainRange(double& min, double& value, double& max) override
-    {
-        min = 0.0;
-        value = gain;
-        max = 24.0;
-        return true;
-    }
-    bool SetGainValue(double v) override
-    {
-        gain = v;
-        gainWrites.push_back(v);
-        return true;
-    }
+    bool GetGainRange(double& min, double& value, double& max) override { return range(0.0, gain, 24.0, min, value, max); }
+    bool SetGainValue(double v) override { return record(gain, gainWrites, v); }
     double GetGainValue() override { return gain; }
 
     bool AutoAdjustGray80PercentPatch() override { return false; }
@@ -78,6 +56,18 @@ public:
     bool ExecuteWhitebalance() override { return false; }
     bool RestoreDetectedExposureAndGain() override { return false; }
     bool StoreDetectedExposureAndGain() override { return false; }
+
+    static bool range(double lo, double now, double hi, double& min, double& value, double& max)
+    {
+        min = lo, value = now, max = hi;
+        return true;
+    }
+    static bool record(double& value, std::vector<double>& writes, double v)
+    {
+        value = v;
+        writes.push_back(v);
+        return true;
+    }
 
 signals:
     void Gray80PercentHitRateChanged(double);

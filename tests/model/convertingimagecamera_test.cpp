@@ -1,7 +1,7 @@
 #include "convertingimagecamera.h"
 
 #include "emulatedcamera.h"
-#include "sessionrig.h"
+#include "emulatedcamerasuite.h"
 
 #include "camerapool/icamera.h"
 #include "genicam/nodemap.h"
@@ -12,7 +12,6 @@
 #include <QTest>
 #include <QThread>
 
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <thread>
@@ -216,10 +215,6 @@ TEST_P(ConvertingImageCameraTest, ReceiverOfANewImageMayWaitForADetachingThread)
     EXPECT_TRUE(sawDetach);
 }
 
-INSTANTIATE_TEST_SUITE_P(EmulatedCameras, ConvertingImageCameraTest,
-                         ::testing::Values(SessionRig::kMedical, SessionRig::kCustom),
-                         [](const ::testing::TestParamInfo<const char*>& info) {
-                             return std::string(info.param) == SessionRig::kMedical ? "Sfnc2" : "Sfnc1";
-                         });
+INSTANTIATE_ON_EMULATED_CAMERAS(ConvertingImageCameraTest);
 
 }  // namespace
