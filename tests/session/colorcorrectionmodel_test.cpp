@@ -2,7 +2,7 @@
 #include "colorcorrectionmodelimpl.h"
 
 #include "emulatedcamera.h"
-#include "sessionrig.h"
+#include "emulatedcamerasuite.h"
 
 #include "camerapool/camerapool.h"
 #include "camerapool/icamerastatusservice.h"
@@ -160,10 +160,7 @@ TEST_P(SessionTest, DisconnectDuringCalibrationFailsCleanly)
     EXPECT_TRUE(rig.model().Close());
 }
 
-INSTANTIATE_TEST_SUITE_P(EmulatedCameras, SessionTest, ::testing::Values(SessionRig::kMedical, SessionRig::kCustom),
-                         [](const ::testing::TestParamInfo<const char*>& info) {
-                             return std::string(info.param) == SessionRig::kMedical ? "Sfnc2" : "Sfnc1";
-                         });
+INSTANTIATE_ON_EMULATED_CAMERAS(SessionTest);
 
 TEST(Session, CancelDuringAutomaticBrightnessStopsTheLoopFirst)
 {
@@ -184,22 +181,33 @@ TEST(Session, CancelDuringAutomaticBrightnessStopsTheLoopFirst)
     EXPECT_TRUE(rig.model().Close());
 }
 
-TEST(Session, ClosedSessionAnswersWithoutTouchingTheCamera)
+// Never opened, then after a session that read the patches and was
+// cancelled: every call answers without the camera, nothing of the last
+// session is left but its grid.
+TEST(Session, ClosedSessionAnswersWithoutTouchingTheCameraAndForgetsTheLastOne)
 {
     SessionRig rig(SessionRig::kMedical);
+    ColorCorrectionModel& m = rig.model();
     QTemporaryDir out;
     const QString before = rig.settingsText();
+    CTrapezoid grid;
     for (int round = 0; round < 2; ++round) {
-        ColorCorrectionModel& m = rig.model();
+        SCOPED_TRACE(round == 0 ? "never opened" : "closed");
         QImage image;
         double lo = 0, v = 0, hi = 0;
-        QVector<QColor> values;
+        QVector<QColor> values, initial, current;
         EXPECT_FALSE(m.GrabImage(image, true));
         EXPECT_EQ(m.GetExposureTimeValue(), -1.0);
         EXPECT_EQ(m.GetGainValue(), -1.0);
         EXPECT_FALSE(m.GetExposureTimeRange(lo, v, hi));
         EXPECT_FALSE(m.SetGainValue(3.0));
         EXPECT_EQ(m.GetColorPatchValues(values, true), 0);
+        EXPECT_EQ(m.GetColorPatchValues(values, false), 0);
+        m.GetColorPatchInitialValues(initial);
+        m.GetColorPatchCurrentValues(current);
+        EXPECT_TRUE(initial.isEmpty() && current.isEmpty());
+        EXPECT_FALSE(m.GetCameraInitialImage(image));
+        EXPECT_TRUE(image.isNull());
         EXPECT_FALSE(m.SetNeutralSettings());
         EXPECT_FALSE(m.CreateSettingsBackup(false));
         EXPECT_FALSE(m.RestoreSettingsBackup(false));
@@ -208,13 +216,17 @@ TEST(Session, ClosedSessionAnswersWithoutTouchingTheCamera)
         EXPECT_TRUE(m.GetCalibrationsResultsJson().isEmpty());
         EXPECT_TRUE(m.GetAvailableUserSetsJson().isEmpty());
         EXPECT_FALSE(m.RestoreDetectedExposureAndGain());
-        if (round == 0) {  // then the same after an open and a close
-            ASSERT_TRUE(m.Open(rig.info()));
+        if (round == 0) {
+            ASSERT_FALSE(rig.openAndNeutralise().isEmpty());
+            ASSERT_TRUE(m.ApplyInitialCameraImageAndPatchValues());
+            ASSERT_EQ(m.GetColorPatchValues(values, true), 24);
+            ASSERT_TRUE(m.RestoreSettingsBackup(false));
+            grid = m.GetGridPosition();
             ASSERT_TRUE(m.Close());
         }
     }
+    EXPECT_EQ(m.GetGridPosition().getTopLeft(), grid.getTopLeft());  // kept for the next open
     EXPECT_FALSE(QDir(out.filePath("out")).exists());
-    // Opening switched the test image off; nothing else changed.
     EXPECT_EQ(rig.settingsText(), before);
 }
 
@@ -223,7 +235,7 @@ TEST(Session, OpenWithoutExclusiveAccessSharesTheCamera)
     SessionRig rig(SessionRig::kMedical);
     const auto other = rig.pool().pool().open(rig.info(), false);  // someone else holds it
     ASSERT_TRUE(other);
-    ASSERT_FALSE(rig.pool().statusService()->canGetExclusiveAccess(rig.info()));
+    ASSERT_FALSE(rig.pool().pool().canGetExclusiveAccess(rig.info()));
     Warnings warnings;
     ASSERT_TRUE(rig.model().Open(rig.info()));
     EXPECT_GT(rig.model().GetExposureTimeValue(), 0.0);
@@ -277,21 +289,6 @@ TEST(Session, StoredGridFollowsTheImageSize)
     rig.model().Close();
     QSettings settings;
     EXPECT_TRUE(settings.childGroups().contains("ColCalPlugin"));
-}
-
-TEST(Session, UserSetListLeavesOutTheDefaultSet)
-{
-    SessionRig rig(SessionRig::kMedical);
-    ASSERT_TRUE(rig.model().Open(rig.info()));
-    const QJsonArray sets = rig.model().GetAvailableUserSetsJson().value("UserSets").toArray();
-    ASSERT_EQ(sets.size(), 3);
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(sets[i].toObject().value("userset").toString(), QString("UserSet%1").arg(i + 1));
-        EXPECT_FALSE(sets[i].toObject().value("DisplayName").toString().isEmpty());
-    }
-    ASSERT_TRUE(rig.model().StoreSettingsInUserSet("UserSet2", true));
-    EXPECT_EQ(rig.device().nodeMap().getEnum("UserSetDefault"), "UserSet2");
-    rig.model().Close();
 }
 
 // A failed operation logs the session's text for it, then the reason, both in
@@ -394,31 +391,6 @@ TEST(Session, SecondAutoWhileTheFirstStillRunsReplacesItWithoutDeadlock)
     EXPECT_TRUE(m.Close());
 }
 
-TEST(Session, CloseForgetsPatchColoursAndImages)
-{
-    SessionRig rig(SessionRig::kMedical);
-    ColorCorrectionModel& m = rig.model();
-    ASSERT_FALSE(rig.openAndNeutralise().isEmpty());
-    ASSERT_TRUE(m.ApplyInitialCameraImageAndPatchValues());
-    QVector<QColor> values;
-    ASSERT_EQ(m.GetColorPatchValues(values, true), 24);
-    ASSERT_TRUE(m.RestoreSettingsBackup(false));
-    const CTrapezoid grid = m.GetGridPosition();
-    ASSERT_TRUE(m.Close());
-
-    QVector<QColor> initial, current, patches;
-    QImage image;
-    m.GetColorPatchInitialValues(initial);
-    m.GetColorPatchCurrentValues(current);
-    EXPECT_EQ(m.GetColorPatchValues(patches, false), 0);
-    EXPECT_TRUE(initial.isEmpty());
-    EXPECT_TRUE(current.isEmpty());
-    EXPECT_FALSE(m.GetCameraInitialImage(image));
-    EXPECT_TRUE(image.isNull());
-    EXPECT_FALSE(m.RestoreDetectedExposureAndGain());
-    EXPECT_EQ(m.GetGridPosition().getTopLeft(), grid.getTopLeft());  // the grid is kept for the next open
-}
-
 // The camera's connection-lost signal stays connected across Close and a new
 // Open of the same camera object, but only an open session reports it: a
 // disconnect after the calibrator closed must not bring up its message.
@@ -449,7 +421,15 @@ TEST(Session, UserSetIsSavedAndMadeTheStartUpSetOnlyWhenAsked)
     ColorCorrectionModel& m = rig.model();
     Kalto::CNodeMap& map = rig.device().nodeMap();
     ASSERT_TRUE(m.Open(rig.info()));
+    // The list leaves out the default set.
+    const QJsonArray sets = m.GetAvailableUserSetsJson().value("UserSets").toArray();
+    ASSERT_EQ(sets.size(), 3);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(sets[i].toObject().value("userset").toString(), QString("UserSet%1").arg(i + 1));
+        EXPECT_FALSE(sets[i].toObject().value("DisplayName").toString().isEmpty());
+    }
     for (const bool setAsDefault : {false, true}) {
+        SCOPED_TRACE(setAsDefault ? "as default" : "not as default");
         const double gamma = setAsDefault ? 0.6 : 0.8;
         map.setFloat("Gamma", gamma);
         const std::string defaultBefore = map.getEnum("UserSetDefault");
@@ -458,7 +438,7 @@ TEST(Session, UserSetIsSavedAndMadeTheStartUpSetOnlyWhenAsked)
         map.setFloat("Gamma", 1.0);
         map.setEnum("UserSetSelector", "UserSet2");
         map.execute("UserSetLoad");
-        EXPECT_DOUBLE_EQ(map.getFloat("Gamma"), gamma) << "setAsDefault " << setAsDefault;
+        EXPECT_DOUBLE_EQ(map.getFloat("Gamma"), gamma);
     }
     m.Close();
 }

@@ -6,8 +6,8 @@
 #include <csignal>
 #include <stdexcept>
 
-TestProcess::TestProcess(const QString& program, const QStringList& leadingArgs)
-    : m_program(program), m_leadingArgs(leadingArgs), m_env(QProcessEnvironment::systemEnvironment())
+TestProcess::TestProcess(const QString& program)
+    : m_program(program), m_env(QProcessEnvironment::systemEnvironment())
 {
     m_env.insert("QT_QPA_PLATFORM", "offscreen");
 }
@@ -31,11 +31,6 @@ QString TestProcess::home()
     return m_home;
 }
 
-void TestProcess::setHome(const QString& dir)
-{
-    m_home = dir;
-}
-
 void TestProcess::setEnv(const QString& name, const QString& value)
 {
     if (value.isNull())
@@ -55,10 +50,9 @@ bool TestProcess::start(const QStringList& args)
     m_output = {};
     if (m_fileSizeLimit > 0)  // an ignored SIGXFSZ turns the limit into failing writes
         m_process.start("/bin/sh", QStringList{"-c", "trap '' XFSZ; exec prlimit --fsize=$0 \"$@\"",
-                                               QString::number(m_fileSizeLimit), m_program} +
-                                       m_leadingArgs + args);
+                                               QString::number(m_fileSizeLimit), m_program} + args);
     else
-        m_process.start(m_program, m_leadingArgs + args);
+        m_process.start(m_program, args);
     return m_process.waitForStarted(30000);
 }
 

@@ -24,15 +24,14 @@ public:
         bool finished = false;
     };
 
-    /// `program` is the executable's path; `leadingArgs` go before every run's arguments.
-    explicit TestProcess(const QString& program, const QStringList& leadingArgs = {});
+    /// `program` is the executable's path.
+    explicit TestProcess(const QString& program);
     ~TestProcess();
     TestProcess(const TestProcess&) = delete;
     TestProcess& operator=(const TestProcess&) = delete;
 
-    /// The folder under which data/ and config/ lie; a temporary folder of this object's unless setHome() named one.
+    /// The folder under which data/ and config/ lie, a temporary folder of this object's.
     QString home();
-    void setHome(const QString& dir);
     /// An environment variable for the program; a null value removes it.
     void setEnv(const QString& name, const QString& value);
     /// Files the program writes can grow to `bytes` only, and writes beyond fail, as on a full disk (0: no limit).
@@ -63,7 +62,6 @@ private:
     void readAvailable();
 
     QString m_program;
-    QStringList m_leadingArgs;
     QString m_home;
     std::unique_ptr<QTemporaryDir> m_ownHome;
     QProcessEnvironment m_env;
