@@ -90,6 +90,7 @@ TEST_F(ColcalCameraCli, BadCameraOptionsAndFilesExitTwo)
         {{"settings", "copy", "x"}, "usage: settings save|load"},
         {{"settings", "load", file("missing.pfs")}, "missing.pfs: cannot open"},
         {{"settings", "load", huge}, "huge.pfs: larger than"},
+        {{"settings", "save", "-", "--json"}, "--json and - would both write standard output"},
     };
     for (const auto& [args, says] : cases) {
         const TestProcess::Result r = colcal.run(args);
@@ -107,6 +108,11 @@ TEST_F(ColcalCameraCli, SettingsRoundTripAndRejectedLines)
         const QByteArray text = contentOf(saved);
         EXPECT_TRUE(text.startsWith("#"));
         EXPECT_TRUE(text.contains("\nGamma\t0.7\n")) << cam;
+        // "-" writes the same text to standard output, and nothing else.
+        r = colcal.run({"settings", "save", "--camera", cam, "-"});
+        EXPECT_EQ(r.exitCode, 0) << r.err.toStdString();
+        EXPECT_EQ(r.out.toUtf8(), text);
+        EXPECT_FALSE(QFileInfo::exists("-"));
         r = colcal.run({"settings", "load", "--camera", cam, saved});
         EXPECT_EQ(r.exitCode, 0) << r.err.toStdString();
 
