@@ -6,8 +6,8 @@
 #include <csignal>
 #include <stdexcept>
 
-TestProcess::TestProcess(const QString& program)
-    : m_program(program), m_env(QProcessEnvironment::systemEnvironment())
+TestProcess::TestProcess(const QString& program, const QStringList& leadingArgs)
+    : m_program(program), m_leadingArgs(leadingArgs), m_env(QProcessEnvironment::systemEnvironment())
 {
     m_env.insert("QT_QPA_PLATFORM", "offscreen");
 }
@@ -50,9 +50,10 @@ bool TestProcess::start(const QStringList& args)
     m_output = {};
     if (m_fileSizeLimit > 0)  // an ignored SIGXFSZ turns the limit into failing writes
         m_process.start("/bin/sh", QStringList{"-c", "trap '' XFSZ; exec prlimit --fsize=$0 \"$@\"",
-                                               QString::number(m_fileSizeLimit), m_program} + args);
+                                               QString::number(m_fileSizeLimit), m_program} +
+                                       m_leadingArgs + args);
     else
-        m_process.start(m_program, args);
+        m_process.start(m_program, m_leadingArgs + args);
     return m_process.waitForStarted(30000);
 }
 

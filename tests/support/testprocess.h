@@ -24,8 +24,8 @@ public:
         bool finished = false;
     };
 
-    /// `program` is the executable's path.
-    explicit TestProcess(const QString& program);
+    /// `program` is the executable's path; `leadingArgs` go before every run's arguments.
+    explicit TestProcess(const QString& program, const QStringList& leadingArgs = {});
     ~TestProcess();
     TestProcess(const TestProcess&) = delete;
     TestProcess& operator=(const TestProcess&) = delete;
@@ -62,6 +62,7 @@ private:
     void readAvailable();
 
     QString m_program;
+    QStringList m_leadingArgs;
     QString m_home;
     std::unique_ptr<QTemporaryDir> m_ownHome;
     QProcessEnvironment m_env;
