@@ -7,7 +7,6 @@
 #include "camerapool/camerapool.h"
 #include "genicam/nodemap.h"
 
-
 #include <QDir>
 #include <QElapsedTimer>
 #include <QJsonArray>
@@ -58,32 +57,21 @@ private:
     QtMessageHandler m_previous;
 };
 
-/// The wizard's forward path (steps 1 to 3) as the session drives it.
-struct CalibrationRun {
-    QVector<QColor> before;
-    QJsonObject document;
-};
-
-bool calibrate(SessionRig& rig, CalibrationRun& run)
+/// The wizard's forward path (steps 1 to 3) as the session drives it: the
+/// results document, empty when a step failed.
+QJsonObject calibrate(ColorCorrectionModel& m)
 {
-    ColorCorrectionModel& m = rig.model();
-    if (!(m.CreateSettingsBackup(false) && m.CreateSettingsBackup(true) && m.SetNeutralSettings() &&
-          m.ExecuteWhitebalance() && m.ActivateMonoImage() && m.DisableAutoFunctions()))
-        return false;
     QSignalSpy finished(&m, &ColorCorrectionModel::AutoAdjustGray80PercentPatchFinished);
-    if (!m.AutoAdjustGray80PercentPatch() || !finished.wait(60000))
-        return false;
-    if (!(m.StoreDetectedExposureAndGain() && m.RestoreSettingsBackup(true) && m.RestoreDetectedExposureAndGain() &&
-          m.ApplyInitialCameraImageAndPatchValues() && m.SetNeutralSettings() && m.RestoreDetectedExposureAndGain() &&
-          m.ApplyInitialColorPatchValues()))
-        return false;
-    m.GetColorPatchValues(run.before, false);
-    if (!m.ExecuteCalibrationAndApply())
-        return false;
-    QVector<QColor> after;
-    m.GetColorPatchValues(after, true);
-    run.document = m.GetCalibrationsResultsJson();
-    return run.before.size() == 24 && after.size() == 24;
+    QVector<QColor> before, after;
+    const bool ok =
+        m.CreateSettingsBackup(false) && m.CreateSettingsBackup(true) && m.SetNeutralSettings() &&
+        m.ExecuteWhitebalance() && m.ActivateMonoImage() && m.DisableAutoFunctions() &&
+        m.AutoAdjustGray80PercentPatch() && finished.wait(60000) && m.StoreDetectedExposureAndGain() &&
+        m.RestoreSettingsBackup(true) && m.RestoreDetectedExposureAndGain() && m.ApplyInitialCameraImageAndPatchValues() &&
+        m.SetNeutralSettings() && m.RestoreDetectedExposureAndGain() && m.ApplyInitialColorPatchValues() &&
+        m.GetColorPatchValues(before, false) == 24 && m.ExecuteCalibrationAndApply() &&
+        m.GetColorPatchValues(after, true) == 24;
+    return ok ? m.GetCalibrationsResultsJson() : QJsonObject();
 }
 
 double meanOf(const QJsonObject& colors, const char* key)
@@ -103,11 +91,10 @@ TEST_P(SessionTest, WholeCalibrationReachesTheGoalAndCancelRestoresTheCamera)
     ASSERT_TRUE(rig.open());
     const QString opened = rig.settingsText();  // opening switches a test image off, nothing else
 
-    CalibrationRun run;
-    ASSERT_TRUE(calibrate(rig, run));
-    const QJsonObject colors = run.document.value("Colors").toObject();
+    const QJsonObject document = calibrate(rig.model());
+    const QJsonObject colors = document.value("Colors").toObject();
     ASSERT_EQ(colors.size(), 24);
-    const double after = meanOf(run.document.value("PreciseColors").toObject(), "DeltaE");
+    const double after = meanOf(document.value("PreciseColors").toObject(), "DeltaE");
     std::printf("%s: mean dE00 after calibration %.3f\n", GetParam(), after);
     EXPECT_LE(after, 3.0);
 
@@ -117,11 +104,11 @@ TEST_P(SessionTest, WholeCalibrationReachesTheGoalAndCancelRestoresTheCamera)
     const QJsonObject p9 = colors.value("Patch09").toObject();
     EXPECT_TRUE(QRegularExpression("^#[0-9a-f]{6}$").match(p9.value("Current").toString()).hasMatch());
     EXPECT_TRUE(QRegularExpression("^\\d+\\.\\d{4}$").match(p9.value("DeltaE").toString()).hasMatch());
-    const QJsonObject q9 = run.document.value("PreciseColors").toObject().value("Patch09").toObject();
+    const QJsonObject q9 = document.value("PreciseColors").toObject().value("Patch09").toObject();
     EXPECT_TRUE(QRegularExpression("^R: [01]\\.\\d{4} G: [01]\\.\\d{4} B: [01]\\.\\d{4}$")
                     .match(q9.value("Initial").toString()).hasMatch());
     EXPECT_TRUE(QRegularExpression("^\\d+\\.\\d{6}$").match(q9.value("DeltaC").toString()).hasMatch());
-    EXPECT_FALSE(run.document.value("Calibrated").toObject().value("Gamma").isNull());
+    EXPECT_FALSE(document.value("Calibrated").toObject().value("Gamma").isNull());
 
     // Cancel: the settings from before the backup come back byte for byte.
     ASSERT_TRUE(rig.model().RestoreSettingsBackup(false));
