@@ -4,14 +4,13 @@
 
 #include "emulatedcamera.h"
 #include "featurewritelog.h"
-#include "sessionrig.h"
+#include "emulatedcamerasuite.h"
 
 #include "genicam/nodemap.h"
 
 #include <QSignalSpy>
 #include <QTest>
 
-#include <gtest/gtest.h>
 
 #include <cmath>
 
@@ -107,15 +106,6 @@ TEST_P(AutoBrightnessTest, NeverRunsOnAfterStop)
     EXPECT_EQ(finished.count(), 1);
 }
 
-TEST_P(AutoBrightnessTest, RestartReplacesTheRunningLoop)
-{
-    QSignalSpy finished(&model(), &ColorCorrectionModel::AutoAdjustGray80PercentPatchFinished);
-    ASSERT_TRUE(startTooDark());
-    ASSERT_TRUE(model().AutoAdjustGray80PercentPatch());
-    ASSERT_TRUE(QTest::qWaitFor([&] { return finished.count() >= 2; }, 30000));
-    EXPECT_NEAR(rig->measureGrey(), 150.0, 15.0);
-}
-
 TEST_P(AutoBrightnessTest, DisconnectDuringTheLoopEndsIt)
 {
     QSignalSpy finished(&model(), &ColorCorrectionModel::AutoAdjustGray80PercentPatchFinished);
@@ -140,10 +130,6 @@ TEST_P(AutoBrightnessTest, CameraGoneBeforeTheLoopBegins)
     EXPECT_EQ(rounds(), 0u);
 }
 
-INSTANTIATE_TEST_SUITE_P(EmulatedCameras, AutoBrightnessTest,
-                         ::testing::Values(SessionRig::kMedical, SessionRig::kCustom),
-                         [](const ::testing::TestParamInfo<const char*>& info) {
-                             return std::string(info.param) == SessionRig::kMedical ? "Sfnc2" : "Sfnc1";
-                         });
+INSTANTIATE_ON_EMULATED_CAMERAS(AutoBrightnessTest);
 
 }  // namespace

@@ -35,33 +35,11 @@ public:
             values << QColor(g / 2, g, g / 3);
         return 24;
     }
-    bool GetExposureTimeRange(double& min, double& value, double& max) override
-    {
-        min = 20.0;
-        value = exposure;
-        max = 1e6;
-        return true;
-    }
-    bool SetExposureTimeValue(double v) override
-    {
-        exposure = v;
-        exposureWrites.push_back(v);
-        return true;
-    }
+    bool GetExposureTimeRange(double& min, double& value, double& max) override { return range(20.0, exposure, 1e6, min, value, max); }
+    bool SetExposureTimeValue(double v) override { return record(exposure, exposureWrites, v); }
     double GetExposureTimeValue() override { return exposure; }
-    bool GetGainRange(double& min, double& value, double& max) override
-    {
-        min = 0.0;
-        value = gain;
-        max = 24.0;
-        return true;
-    }
-    bool SetGainValue(double v) override
-    {
-        gain = v;
-        gainWrites.push_back(v);
-        return true;
-    }
+    bool GetGainRange(double& min, double& value, double& max) override { return range(0.0, gain, 24.0, min, value, max); }
+    bool SetGainValue(double v) override { return record(gain, gainWrites, v); }
     double GetGainValue() override { return gain; }
 
     bool AutoAdjustGray80PercentPatch() override { return false; }
@@ -78,6 +56,18 @@ public:
     bool ExecuteWhitebalance() override { return false; }
     bool RestoreDetectedExposureAndGain() override { return false; }
     bool StoreDetectedExposureAndGain() override { return false; }
+
+    static bool range(double lo, double now, double hi, double& min, double& value, double& max)
+    {
+        min = lo, value = now, max = hi;
+        return true;
+    }
+    static bool record(double& value, std::vector<double>& writes, double v)
+    {
+        value = v;
+        writes.push_back(v);
+        return true;
+    }
 
 signals:
     void Gray80PercentHitRateChanged(double);
@@ -110,6 +100,7 @@ struct Row {
     std::vector<double> exposureWrites;
     std::vector<double> gainWrites;  // the first is the start state's minimum
     size_t measurements;             // start measurement plus one per round
+    bool stopFirst = false;          // stop() before the loop begins
 };
 
 class AutoBrightnessLoopTest : public ::testing::TestWithParam<Row> {};
@@ -122,6 +113,8 @@ TEST_P(AutoBrightnessLoopTest, WritesTheDampedCorrections)
     calibration.greys.insert(calibration.greys.begin(), 0);  // the start measurement
     CameraAutoBrightnessHelper helper(&calibration, limits(row.exposureUpper, row.gainUpper));
     QSignalSpy finished(&helper, &CameraAutoBrightnessHelper::AutoBrightnessFinished);
+    if (row.stopFirst)
+        helper.stop();
     helper.doWork();
     EXPECT_EQ(finished.count(), 1);
     EXPECT_FALSE(helper.isRunning());
@@ -148,19 +141,10 @@ INSTANTIATE_TEST_SUITE_P(
         // A black patch counts as 1: x(1 + 0.8 * 149), clamped, then gain mode.
         Row{"BlackPatchClamps", {0, 150}, 1e5, 24.0, {1e5}, {0.0, 0.0}, 3},
         // Too little light: exposure at its limit, gain rises until its limit stops the loop.
-        Row{"GainLimitStops", {15, 15, 15}, 1500.0, 24.0, {1500.0}, {0.0, 8 * kLn10, 24.0}, 4}),
+        Row{"GainLimitStops", {15, 15, 15}, 1500.0, 24.0, {1500.0}, {0.0, 8 * kLn10, 24.0}, 4},
+        // A stop before the loop begins holds: no round runs.
+        Row{"StopBeforeTheLoopBegins", {15, 15, 15}, 1e5, 24.0, {}, {0.0}, 1, true}),
     [](const ::testing::TestParamInfo<Row>& info) { return std::string(info.param.name); });
-
-TEST(AutoBrightnessStop, StopBeforeTheLoopBeginsHolds)
-{
-    ScriptedCalibration calibration;
-    calibration.greys = {0, 15, 15, 15, 15};
-    CameraAutoBrightnessHelper helper(&calibration, limits(1e5, 24.0));
-    helper.stop();
-    helper.doWork();
-    EXPECT_TRUE(calibration.exposureWrites.empty());
-    EXPECT_FALSE(helper.isRunning());
-}
 
 }  // namespace
 

@@ -5,13 +5,12 @@
 
 #include "emulatedcamera.h"
 #include "featurewritelog.h"
-#include "sessionrig.h"
+#include "emulatedcamerasuite.h"
 
 #include "genicam/nodemap.h"
 
 #include <QTest>
 
-#include <gtest/gtest.h>
 
 #include <cmath>
 
@@ -122,26 +121,16 @@ TEST_P(SessionWritesTest, NeutralSettingsAreWrittenInOrderAndLeaveNoColourProces
 
     FeatureWriteLog log(map());
     ASSERT_TRUE(model().SetNeutralSettings());
-    if (sfnc2())
-        expectSteps(log, {{"black level", {"BlackLevel[All]"}},
-                          {"gamma", {"Gamma"}},
-                          matrix({"LightSourceSelector"}, {"LightSourceSelector"}),
-                          {"HSBC", {"OstHue", "OstSaturation", "OstBrightness", "OstContrast"}},
-                          {"LUT", {"LUTEnable"}},
-                          hueSaturation(),
-                          whiteBalance(true),
-                          {"demosaicing", {"DemosaicingMode"}},
-                          {"auto functions", {"TonalRangeAuto", "TonalRangeEnable", "ExposureAuto", "GainAuto"}}});
-    else
-        expectSteps(log, {{"black level", {"BlackLevelRaw[All]"}},
-                          {"gamma", {"Gamma"}},
-                          matrix({"OstLightSourcePreset"}, {}),
-                          {"HSBC", {"OstHue", "OstSaturation", "OstBrightness", "OstContrast"}},
-                          {"LUT", {"LUTEnable"}},
-                          {"hue and saturation", {"OstColorAdjustmentEnable"}},
-                          whiteBalance(true),
-                          {"demosaicing", {"DemosaicingMode"}},
-                          {"auto functions", {"TonalRangeAuto", "TonalRangeEnable", "ExposureAuto", "GainAuto"}}});
+    const Step sfnc1HueSaturation = {"hue and saturation", {"OstColorAdjustmentEnable"}};
+    expectSteps(log, {{"black level", {sfnc2() ? "BlackLevel[All]" : "BlackLevelRaw[All]"}},
+                      {"gamma", {"Gamma"}},
+                      sfnc2() ? matrix({"LightSourceSelector"}, {"LightSourceSelector"}) : matrix({"OstLightSourcePreset"}, {}),
+                      {"HSBC", {"OstHue", "OstSaturation", "OstBrightness", "OstContrast"}},
+                      {"LUT", {"LUTEnable"}},
+                      sfnc2() ? hueSaturation() : sfnc1HueSaturation,
+                      whiteBalance(true),
+                      {"demosaicing", {"DemosaicingMode"}},
+                      {"auto functions", {"TonalRangeAuto", "TonalRangeEnable", "ExposureAuto", "GainAuto"}}});
 
     const PipelineSettings s = rig->device().currentSettings();
     EXPECT_EQ(s.blackLevelDn, 0.0);
@@ -273,10 +262,6 @@ TEST_P(SessionWritesTest, CalibrationResultsAreWrittenInOrderAndTheCameraMatches
     EXPECT_LT(worst, 6.0);
 }
 
-INSTANTIATE_TEST_SUITE_P(EmulatedCameras, SessionWritesTest,
-                         ::testing::Values(SessionRig::kMedical, SessionRig::kCustom),
-                         [](const ::testing::TestParamInfo<const char*>& info) {
-                             return std::string(info.param) == SessionRig::kMedical ? "Sfnc2" : "Sfnc1";
-                         });
+INSTANTIATE_ON_EMULATED_CAMERAS(SessionWritesTest);
 
 }  // namespace

@@ -35,59 +35,36 @@ public:
     QString displayText() const override { return QStringLiteral("Recorder"); }
 };
 
-enum class Pipeline { Version0, Version1, Version2, Missing };
+constexpr int kNoPipeline = -1;  // the camera has no DeviceColorPipelineVersion
 
-struct ModelCase {
+const struct {
     const char* modelName;
-    Pipeline pipeline;
+    int pipeline;
     bool compatible;
+} kModels[] = {
+    {"kA1920-40ucMED Emulator", 2, true},            // medical: no pipeline test
+    {"xcMED", kNoPipeline, true},
+    {"Endoscope cMED-7", 0, true},                   // "cMED" anywhere
+    {"kA1920-40ucmed", 1, false},                    // case-sensitive
+    {"abA1920-40ucM", 1, true},                      // custom pattern
+    {"abA1920-40ucM", 2, false},
+    {"abA1920-40ucM", 0, false},
+    {"abA1920-40ucM", kNoPipeline, false},
+    {"Series 7 x9L1-123gcRGB mono", 1, true},        // unanchored, L, g
+    {"a1A1-1ccZ", 1, true},                          // c then c
+    {"abA12345-1ucM", 1, false},                     // five digits
+    {"abA12-1ucm", 1, false},                        // no upper-case tail
+    {"ABA12-1ucM", 1, false},                        // upper-case head
+    {"abA12-1xcM", 1, false},                        // neither c, g nor u
+    {"kA1920-40uc Emulation", 1, true},              // "Emulation"
+    {"kA1280-30uc Emulation Legacy", 2, false},
+    {"my emulation", 1, false},
+    {"Generic Camera", 1, false},
 };
-
-const ModelCase kModels[] = {
-    {"kA1920-40ucMED Emulator", Pipeline::Version2, true},   // medical: no pipeline test
-    {"xcMED", Pipeline::Missing, true},
-    {"Endoscope cMED-7", Pipeline::Version0, true},           // "cMED" anywhere
-    {"kA1920-40ucmed", Pipeline::Version1, false},            // case-sensitive
-    {"abA1920-40ucM", Pipeline::Version1, true},              // custom pattern
-    {"abA1920-40ucM", Pipeline::Version2, false},
-    {"abA1920-40ucM", Pipeline::Version0, false},
-    {"abA1920-40ucM", Pipeline::Missing, false},
-    {"Series 7 x9L1-123gcRGB mono", Pipeline::Version1, true},// unanchored, L, g
-    {"a1A1-1ccZ", Pipeline::Version1, true},                  // c then c
-    {"abA12345-1ucM", Pipeline::Version1, false},             // five digits
-    {"abA12-1ucm", Pipeline::Version1, false},                // no upper-case tail
-    {"ABA12-1ucM", Pipeline::Version1, false},                // upper-case head
-    {"abA12-1xcM", Pipeline::Version1, false},                // neither c, g nor u
-    {"kA1920-40uc Emulation", Pipeline::Version1, true},      // "Emulation"
-    {"kA1280-30uc Emulation Legacy", Pipeline::Version2, false},
-    {"my emulation", Pipeline::Version1, false},
-    {"Generic Camera", Pipeline::Version1, false},
-};
-
-std::vector<CameraModel> modelsFor(const ModelCase* cases, size_t count)
-{
-    std::vector<CameraModel> models;
-    for (size_t i = 0; i < count; ++i) {
-        CameraModel m = CameraModel::defaults().front();
-        m.id = "case-" + std::to_string(i);
-        m.serialNumber = std::to_string(1000 + i);
-        m.modelName = cases[i].modelName;
-        m.colorPipelineVersion = cases[i].pipeline == Pipeline::Version0 ? 0
-                                 : cases[i].pipeline == Pipeline::Version2 ? 2
-                                                                            : 1;
-        m.width = 320;
-        m.height = 200;
-        models.push_back(m);
-    }
-    return models;
-}
 
 class PluginTest : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
-        GuiTestApp::clearPluginSettings();
-    }
+    void SetUp() override { GuiTestApp::clearPluginSettings(); }
 
     // A host over `models` with the plug-in loaded from the build.
     void startHost(std::vector<CameraModel> models)
@@ -103,10 +80,8 @@ protected:
     void startDefaultHost()
     {
         std::vector<CameraModel> models = CameraModel::defaults();
-        for (CameraModel& m : models) {
-            m.width = 480;
-            m.height = 300;
-        }
+        for (CameraModel& m : models)
+            m.width = 480, m.height = 300;
         startHost(models);
     }
 
@@ -198,24 +173,35 @@ TEST_F(PluginTest, LoadsFromTheBuiltLibraryWithItsMetadataAndRegistersOneHiddenC
 
 TEST_F(PluginTest, TheCommandIsShownExactlyForCompatibleModelNamesAndPipelineVersions)
 {
-    startHost(modelsFor(kModels, std::size(kModels)));
+    std::vector<CameraModel> models;
+    for (size_t i = 0; i < std::size(kModels); ++i) {
+        CameraModel m = CameraModel::defaults().front();
+        m.id = "case-" + std::to_string(i);
+        m.serialNumber = std::to_string(1000 + i);
+        m.modelName = kModels[i].modelName;
+        m.colorPipelineVersion = kModels[i].pipeline == kNoPipeline ? 1 : kModels[i].pipeline;
+        m.width = 320, m.height = 200;
+        models.push_back(m);
+    }
+    startHost(models);
     ASSERT_TRUE(action);
-    for (size_t i = 0; i < std::size(kModels); ++i)
-        if (kModels[i].pipeline == Pipeline::Missing)
+    for (size_t i = 0; i < std::size(kModels); ++i) {
+        if (kModels[i].pipeline == kNoPipeline)
             layer->camera("case-" + std::to_string(i))
                 ->nodeMap()
                 .setAccessMode("DeviceColorPipelineVersion", Kalto::EAccessMode::NA);
+    }
     for (size_t i = 0; i < std::size(kModels); ++i) {
         const QString id = QString::fromStdString("case-" + std::to_string(i));
+        SCOPED_TRACE(std::string(kModels[i].modelName) + ", pipeline " + std::to_string(kModels[i].pipeline));
         select(id);
-        EXPECT_EQ(action->isVisible(), kModels[i].compatible)
-            << kModels[i].modelName << " with pipeline case " << int(kModels[i].pipeline);
+        EXPECT_EQ(action->isVisible(), kModels[i].compatible);
         // A device opened by anyone is judged again, hidden or shown as its model says.
         host->selector().select({});
         EXPECT_FALSE(action->isVisible());
         auto opened = host->pool().open(camera(id), false);
         ASSERT_TRUE(opened);
-        EXPECT_EQ(action->isVisible(), kModels[i].compatible) << kModels[i].modelName << " opened";
+        EXPECT_EQ(action->isVisible(), kModels[i].compatible) << "opened";
         host->pool().release(opened);
     }
 }

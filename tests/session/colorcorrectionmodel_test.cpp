@@ -2,13 +2,10 @@
 #include "colorcorrectionmodelimpl.h"
 
 #include "emulatedcamera.h"
-#include "sessionrig.h"
+#include "emulatedcamerasuite.h"
 
 #include "camerapool/camerapool.h"
-#include "camerapool/icamerastatusservice.h"
 #include "genicam/nodemap.h"
-
-#include <gtest/gtest.h>
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -23,11 +20,9 @@
 #include <QTimer>
 
 #include <atomic>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
-#include <memory>
 #include <thread>
 #include <tuple>
 #include <utility>
@@ -62,32 +57,21 @@ private:
     QtMessageHandler m_previous;
 };
 
-/// The wizard's forward path (steps 1 to 3) as the session drives it.
-struct CalibrationRun {
-    QVector<QColor> before;
-    QJsonObject document;
-};
-
-bool calibrate(SessionRig& rig, CalibrationRun& run)
+/// The wizard's forward path (steps 1 to 3) as the session drives it: the
+/// results document, empty when a step failed.
+QJsonObject calibrate(ColorCorrectionModel& m)
 {
-    ColorCorrectionModel& m = rig.model();
-    if (!(m.CreateSettingsBackup(false) && m.CreateSettingsBackup(true) && m.SetNeutralSettings() &&
-          m.ExecuteWhitebalance() && m.ActivateMonoImage() && m.DisableAutoFunctions()))
-        return false;
     QSignalSpy finished(&m, &ColorCorrectionModel::AutoAdjustGray80PercentPatchFinished);
-    if (!m.AutoAdjustGray80PercentPatch() || !finished.wait(60000))
-        return false;
-    if (!(m.StoreDetectedExposureAndGain() && m.RestoreSettingsBackup(true) && m.RestoreDetectedExposureAndGain() &&
-          m.ApplyInitialCameraImageAndPatchValues() && m.SetNeutralSettings() && m.RestoreDetectedExposureAndGain() &&
-          m.ApplyInitialColorPatchValues()))
-        return false;
-    m.GetColorPatchValues(run.before, false);
-    if (!m.ExecuteCalibrationAndApply())
-        return false;
-    QVector<QColor> after;
-    m.GetColorPatchValues(after, true);
-    run.document = m.GetCalibrationsResultsJson();
-    return run.before.size() == 24 && after.size() == 24;
+    QVector<QColor> before, after;
+    const bool ok =
+        m.CreateSettingsBackup(false) && m.CreateSettingsBackup(true) && m.SetNeutralSettings() &&
+        m.ExecuteWhitebalance() && m.ActivateMonoImage() && m.DisableAutoFunctions() &&
+        m.AutoAdjustGray80PercentPatch() && finished.wait(60000) && m.StoreDetectedExposureAndGain() &&
+        m.RestoreSettingsBackup(true) && m.RestoreDetectedExposureAndGain() && m.ApplyInitialCameraImageAndPatchValues() &&
+        m.SetNeutralSettings() && m.RestoreDetectedExposureAndGain() && m.ApplyInitialColorPatchValues() &&
+        m.GetColorPatchValues(before, false) == 24 && m.ExecuteCalibrationAndApply() &&
+        m.GetColorPatchValues(after, true) == 24;
+    return ok ? m.GetCalibrationsResultsJson() : QJsonObject();
 }
 
 double meanOf(const QJsonObject& colors, const char* key)
@@ -107,11 +91,10 @@ TEST_P(SessionTest, WholeCalibrationReachesTheGoalAndCancelRestoresTheCamera)
     ASSERT_TRUE(rig.open());
     const QString opened = rig.settingsText();  // opening switches a test image off, nothing else
 
-    CalibrationRun run;
-    ASSERT_TRUE(calibrate(rig, run));
-    const QJsonObject colors = run.document.value("Colors").toObject();
+    const QJsonObject document = calibrate(rig.model());
+    const QJsonObject colors = document.value("Colors").toObject();
     ASSERT_EQ(colors.size(), 24);
-    const double after = meanOf(run.document.value("PreciseColors").toObject(), "DeltaE");
+    const double after = meanOf(document.value("PreciseColors").toObject(), "DeltaE");
     std::printf("%s: mean dE00 after calibration %.3f\n", GetParam(), after);
     EXPECT_LE(after, 3.0);
 
@@ -121,11 +104,11 @@ TEST_P(SessionTest, WholeCalibrationReachesTheGoalAndCancelRestoresTheCamera)
     const QJsonObject p9 = colors.value("Patch09").toObject();
     EXPECT_TRUE(QRegularExpression("^#[0-9a-f]{6}$").match(p9.value("Current").toString()).hasMatch());
     EXPECT_TRUE(QRegularExpression("^\\d+\\.\\d{4}$").match(p9.value("DeltaE").toString()).hasMatch());
-    const QJsonObject q9 = run.document.value("PreciseColors").toObject().value("Patch09").toObject();
+    const QJsonObject q9 = document.value("PreciseColors").toObject().value("Patch09").toObject();
     EXPECT_TRUE(QRegularExpression("^R: [01]\\.\\d{4} G: [01]\\.\\d{4} B: [01]\\.\\d{4}$")
                     .match(q9.value("Initial").toString()).hasMatch());
     EXPECT_TRUE(QRegularExpression("^\\d+\\.\\d{6}$").match(q9.value("DeltaC").toString()).hasMatch());
-    EXPECT_FALSE(run.document.value("Calibrated").toObject().value("Gamma").isNull());
+    EXPECT_FALSE(document.value("Calibrated").toObject().value("Gamma").isNull());
 
     // Cancel: the settings from before the backup come back byte for byte.
     ASSERT_TRUE(rig.model().RestoreSettingsBackup(false));
@@ -160,10 +143,7 @@ TEST_P(SessionTest, DisconnectDuringCalibrationFailsCleanly)
     EXPECT_TRUE(rig.model().Close());
 }
 
-INSTANTIATE_TEST_SUITE_P(EmulatedCameras, SessionTest, ::testing::Values(SessionRig::kMedical, SessionRig::kCustom),
-                         [](const ::testing::TestParamInfo<const char*>& info) {
-                             return std::string(info.param) == SessionRig::kMedical ? "Sfnc2" : "Sfnc1";
-                         });
+INSTANTIATE_ON_EMULATED_CAMERAS(SessionTest);
 
 TEST(Session, CancelDuringAutomaticBrightnessStopsTheLoopFirst)
 {
@@ -184,22 +164,33 @@ TEST(Session, CancelDuringAutomaticBrightnessStopsTheLoopFirst)
     EXPECT_TRUE(rig.model().Close());
 }
 
-TEST(Session, ClosedSessionAnswersWithoutTouchingTheCamera)
+// Never opened, then after a session that read the patches and was
+// cancelled: every call answers without the camera, nothing of the last
+// session is left but its grid.
+TEST(Session, ClosedSessionAnswersWithoutTouchingTheCameraAndForgetsTheLastOne)
 {
     SessionRig rig(SessionRig::kMedical);
+    ColorCorrectionModel& m = rig.model();
     QTemporaryDir out;
     const QString before = rig.settingsText();
+    CTrapezoid grid;
     for (int round = 0; round < 2; ++round) {
-        ColorCorrectionModel& m = rig.model();
+        SCOPED_TRACE(round == 0 ? "never opened" : "closed");
         QImage image;
         double lo = 0, v = 0, hi = 0;
-        QVector<QColor> values;
+        QVector<QColor> values, initial, current;
         EXPECT_FALSE(m.GrabImage(image, true));
         EXPECT_EQ(m.GetExposureTimeValue(), -1.0);
         EXPECT_EQ(m.GetGainValue(), -1.0);
         EXPECT_FALSE(m.GetExposureTimeRange(lo, v, hi));
         EXPECT_FALSE(m.SetGainValue(3.0));
         EXPECT_EQ(m.GetColorPatchValues(values, true), 0);
+        EXPECT_EQ(m.GetColorPatchValues(values, false), 0);
+        m.GetColorPatchInitialValues(initial);
+        m.GetColorPatchCurrentValues(current);
+        EXPECT_TRUE(initial.isEmpty() && current.isEmpty());
+        EXPECT_FALSE(m.GetCameraInitialImage(image));
+        EXPECT_TRUE(image.isNull());
         EXPECT_FALSE(m.SetNeutralSettings());
         EXPECT_FALSE(m.CreateSettingsBackup(false));
         EXPECT_FALSE(m.RestoreSettingsBackup(false));
@@ -208,13 +199,17 @@ TEST(Session, ClosedSessionAnswersWithoutTouchingTheCamera)
         EXPECT_TRUE(m.GetCalibrationsResultsJson().isEmpty());
         EXPECT_TRUE(m.GetAvailableUserSetsJson().isEmpty());
         EXPECT_FALSE(m.RestoreDetectedExposureAndGain());
-        if (round == 0) {  // then the same after an open and a close
-            ASSERT_TRUE(m.Open(rig.info()));
+        if (round == 0) {
+            ASSERT_FALSE(rig.openAndNeutralise().isEmpty());
+            ASSERT_TRUE(m.ApplyInitialCameraImageAndPatchValues());
+            ASSERT_EQ(m.GetColorPatchValues(values, true), 24);
+            ASSERT_TRUE(m.RestoreSettingsBackup(false));
+            grid = m.GetGridPosition();
             ASSERT_TRUE(m.Close());
         }
     }
+    EXPECT_EQ(m.GetGridPosition().getTopLeft(), grid.getTopLeft());  // kept for the next open
     EXPECT_FALSE(QDir(out.filePath("out")).exists());
-    // Opening switched the test image off; nothing else changed.
     EXPECT_EQ(rig.settingsText(), before);
 }
 
@@ -223,7 +218,7 @@ TEST(Session, OpenWithoutExclusiveAccessSharesTheCamera)
     SessionRig rig(SessionRig::kMedical);
     const auto other = rig.pool().pool().open(rig.info(), false);  // someone else holds it
     ASSERT_TRUE(other);
-    ASSERT_FALSE(rig.pool().statusService()->canGetExclusiveAccess(rig.info()));
+    ASSERT_FALSE(rig.pool().pool().canGetExclusiveAccess(rig.info()));
     Warnings warnings;
     ASSERT_TRUE(rig.model().Open(rig.info()));
     EXPECT_GT(rig.model().GetExposureTimeValue(), 0.0);
@@ -277,21 +272,6 @@ TEST(Session, StoredGridFollowsTheImageSize)
     rig.model().Close();
     QSettings settings;
     EXPECT_TRUE(settings.childGroups().contains("ColCalPlugin"));
-}
-
-TEST(Session, UserSetListLeavesOutTheDefaultSet)
-{
-    SessionRig rig(SessionRig::kMedical);
-    ASSERT_TRUE(rig.model().Open(rig.info()));
-    const QJsonArray sets = rig.model().GetAvailableUserSetsJson().value("UserSets").toArray();
-    ASSERT_EQ(sets.size(), 3);
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(sets[i].toObject().value("userset").toString(), QString("UserSet%1").arg(i + 1));
-        EXPECT_FALSE(sets[i].toObject().value("DisplayName").toString().isEmpty());
-    }
-    ASSERT_TRUE(rig.model().StoreSettingsInUserSet("UserSet2", true));
-    EXPECT_EQ(rig.device().nodeMap().getEnum("UserSetDefault"), "UserSet2");
-    rig.model().Close();
 }
 
 // A failed operation logs the session's text for it, then the reason, both in
@@ -391,32 +371,8 @@ TEST(Session, SecondAutoWhileTheFirstStillRunsReplacesItWithoutDeadlock)
     rig.device().setExtraFrameDelayMs(0);
     // Every replaced loop and the last one report their end.
     EXPECT_TRUE(QTest::qWaitFor([&] { return finished.count() >= 11; }, 60000)) << finished.count();
+    EXPECT_NEAR(rig.measureGrey(), 150.0, 15.0);  // the last loop ran to its end
     EXPECT_TRUE(m.Close());
-}
-
-TEST(Session, CloseForgetsPatchColoursAndImages)
-{
-    SessionRig rig(SessionRig::kMedical);
-    ColorCorrectionModel& m = rig.model();
-    ASSERT_FALSE(rig.openAndNeutralise().isEmpty());
-    ASSERT_TRUE(m.ApplyInitialCameraImageAndPatchValues());
-    QVector<QColor> values;
-    ASSERT_EQ(m.GetColorPatchValues(values, true), 24);
-    ASSERT_TRUE(m.RestoreSettingsBackup(false));
-    const CTrapezoid grid = m.GetGridPosition();
-    ASSERT_TRUE(m.Close());
-
-    QVector<QColor> initial, current, patches;
-    QImage image;
-    m.GetColorPatchInitialValues(initial);
-    m.GetColorPatchCurrentValues(current);
-    EXPECT_EQ(m.GetColorPatchValues(patches, false), 0);
-    EXPECT_TRUE(initial.isEmpty());
-    EXPECT_TRUE(current.isEmpty());
-    EXPECT_FALSE(m.GetCameraInitialImage(image));
-    EXPECT_TRUE(image.isNull());
-    EXPECT_FALSE(m.RestoreDetectedExposureAndGain());
-    EXPECT_EQ(m.GetGridPosition().getTopLeft(), grid.getTopLeft());  // the grid is kept for the next open
 }
 
 // The camera's connection-lost signal stays connected across Close and a new
@@ -449,7 +405,15 @@ TEST(Session, UserSetIsSavedAndMadeTheStartUpSetOnlyWhenAsked)
     ColorCorrectionModel& m = rig.model();
     Kalto::CNodeMap& map = rig.device().nodeMap();
     ASSERT_TRUE(m.Open(rig.info()));
+    // The list leaves out the default set.
+    const QJsonArray sets = m.GetAvailableUserSetsJson().value("UserSets").toArray();
+    ASSERT_EQ(sets.size(), 3);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(sets[i].toObject().value("userset").toString(), QString("UserSet%1").arg(i + 1));
+        EXPECT_FALSE(sets[i].toObject().value("DisplayName").toString().isEmpty());
+    }
     for (const bool setAsDefault : {false, true}) {
+        SCOPED_TRACE(setAsDefault ? "as default" : "not as default");
         const double gamma = setAsDefault ? 0.6 : 0.8;
         map.setFloat("Gamma", gamma);
         const std::string defaultBefore = map.getEnum("UserSetDefault");
@@ -458,7 +422,7 @@ TEST(Session, UserSetIsSavedAndMadeTheStartUpSetOnlyWhenAsked)
         map.setFloat("Gamma", 1.0);
         map.setEnum("UserSetSelector", "UserSet2");
         map.execute("UserSetLoad");
-        EXPECT_DOUBLE_EQ(map.getFloat("Gamma"), gamma) << "setAsDefault " << setAsDefault;
+        EXPECT_DOUBLE_EQ(map.getFloat("Gamma"), gamma);
     }
     m.Close();
 }

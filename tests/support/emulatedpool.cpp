@@ -38,27 +38,6 @@ EmulatedPool::~EmulatedPool()
     m_pool.reset();
 }
 
-QList<QSharedPointer<Core::Service::IService>> EmulatedPool::services() const
-{
-    return m_pool->services();
-}
-
-QSharedPointer<Plugin::CameraPool::ICameraControlService> EmulatedPool::controlService() const
-{
-    for (const auto& s : m_pool->services())
-        if (auto c = s.objectCast<Plugin::CameraPool::ICameraControlService>())
-            return c;
-    return {};
-}
-
-QSharedPointer<Plugin::CameraPool::ICameraStatusService> EmulatedPool::statusService() const
-{
-    for (const auto& s : m_pool->services())
-        if (auto c = s.objectCast<Plugin::CameraPool::ICameraStatusService>())
-            return c;
-    return {};
-}
-
 QSharedPointer<Plugin::CameraPool::ICameraInfo> EmulatedPool::info(const QString& deviceId) const
 {
     auto info = m_pool->cameraInfo(deviceId);
@@ -99,7 +78,11 @@ QString EmulatedPool::settingsText(const QString& deviceId)
 std::unique_ptr<ColorCorrectionModel> EmulatedPool::createModel() const
 {
     auto model = std::make_unique<ColorCorrectionModel>();
-    model->injectCameraControlService(controlService());
-    model->injectCameraStatusService(statusService());
+    for (const auto& service : m_pool->services()) {
+        if (auto control = service.objectCast<Plugin::CameraPool::ICameraControlService>())
+            model->injectCameraControlService(control);
+        if (auto status = service.objectCast<Plugin::CameraPool::ICameraStatusService>())
+            model->injectCameraStatusService(status);
+    }
     return model;
 }

@@ -2,7 +2,6 @@
 
 #include "ctrapezoid.h"
 
-#include <QList>
 #include <QSharedPointer>
 #include <QString>
 
@@ -14,17 +13,10 @@ class EmulatorTransportLayer;
 namespace Kalto {
 class CTransportLayerRegistry;
 }
-namespace Core {
-namespace Service {
-class IService;
-}
-}  // namespace Core
 namespace Plugin {
 namespace CameraPool {
 class CameraPool;
 class ICameraInfo;
-class ICameraControlService;
-class ICameraStatusService;
 }  // namespace CameraPool
 }  // namespace Plugin
 
@@ -40,9 +32,6 @@ public:
     ~EmulatedPool();
 
     Plugin::CameraPool::CameraPool& pool() { return *m_pool; }
-    QList<QSharedPointer<Core::Service::IService>> services() const;
-    QSharedPointer<Plugin::CameraPool::ICameraControlService> controlService() const;
-    QSharedPointer<Plugin::CameraPool::ICameraStatusService> statusService() const;
     QSharedPointer<Plugin::CameraPool::ICameraInfo> info(const QString& deviceId) const;
     /// The emulated device of that id, for fault injection, slow frames and the scene.
     EmulatedCamera& device(const QString& deviceId);

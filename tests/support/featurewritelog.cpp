@@ -30,12 +30,6 @@ void FeatureWriteLog::onChange(const std::string& feature)
     }
 }
 
-std::vector<std::string> FeatureWriteLog::entries() const
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return m_entries;
-}
-
 std::vector<std::string> FeatureWriteLog::of(const std::set<std::string>& features) const
 {
     std::lock_guard<std::mutex> lock(m_mutex);

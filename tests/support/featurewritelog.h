@@ -22,7 +22,6 @@ public:
     FeatureWriteLog(const FeatureWriteLog&) = delete;
     FeatureWriteLog& operator=(const FeatureWriteLog&) = delete;
 
-    std::vector<std::string> entries() const;
     /// The entries of these features only, in order.
     std::vector<std::string> of(const std::set<std::string>& features) const;
     /// How many entries these features have.

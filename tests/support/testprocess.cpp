@@ -31,11 +31,6 @@ QString TestProcess::home()
     return m_home;
 }
 
-void TestProcess::setHome(const QString& dir)
-{
-    m_home = dir;
-}
-
 void TestProcess::setEnv(const QString& name, const QString& value)
 {
     if (value.isNull())

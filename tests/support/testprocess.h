@@ -30,9 +30,8 @@ public:
     TestProcess(const TestProcess&) = delete;
     TestProcess& operator=(const TestProcess&) = delete;
 
-    /// The folder under which data/ and config/ lie; a temporary folder of this object's unless setHome() named one.
+    /// The folder under which data/ and config/ lie, a temporary folder of this object's.
     QString home();
-    void setHome(const QString& dir);
     /// An environment variable for the program; a null value removes it.
     void setEnv(const QString& name, const QString& value);
     /// Files the program writes can grow to `bytes` only, and writes beyond fail, as on a full disk (0: no limit).

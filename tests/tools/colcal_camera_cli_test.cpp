@@ -90,6 +90,7 @@ TEST_F(ColcalCameraCli, BadCameraOptionsAndFilesExitTwo)
         {{"settings", "copy", "x"}, "usage: settings save|load"},
         {{"settings", "load", file("missing.pfs")}, "missing.pfs: cannot open"},
         {{"settings", "load", huge}, "huge.pfs: larger than"},
+        {{"settings", "save", "-", "--json"}, "--json and - would both write standard output"},
     };
     for (const auto& [args, says] : cases) {
         const TestProcess::Result r = colcal.run(args);
@@ -107,6 +108,12 @@ TEST_F(ColcalCameraCli, SettingsRoundTripAndRejectedLines)
         const QByteArray text = contentOf(saved);
         EXPECT_TRUE(text.startsWith("#"));
         EXPECT_TRUE(text.contains("\nGamma\t0.7\n")) << cam;
+        // "-" writes the same text to standard output, and no file.
+        colcal.process().setWorkingDirectory(colcal.home());
+        r = colcal.run({"settings", "save", "--camera", cam, "-"});
+        EXPECT_EQ(r.exitCode, 0) << r.err.toStdString();
+        EXPECT_EQ(r.out.toUtf8(), text);
+        EXPECT_FALSE(QFileInfo::exists(file("-")));
         r = colcal.run({"settings", "load", "--camera", cam, saved});
         EXPECT_EQ(r.exitCode, 0) << r.err.toStdString();
 
@@ -117,16 +124,6 @@ TEST_F(ColcalCameraCli, SettingsRoundTripAndRejectedLines)
         for (int k = 1; k <= 4; ++k)
             EXPECT_TRUE(r.err.contains(QString("bad.pfs:%1:").arg(lines + k))) << r.err.toStdString();
     }
-}
-
-TEST_F(ColcalCameraCli, LoadIntoAUserSetSurvivesTheProcess)
-{
-    const QString settings = write("s.pfs", "# settings\nGamma\t0.5\n");
-    const TestProcess::Result r =
-        colcal.run({"settings", "load", "--camera", "emu-cmed-0", "--user-set", "UserSet3", settings, "--json"});
-    ASSERT_EQ(r.exitCode, 0) << r.err.toStdString();
-    const QJsonObject sets = QJsonDocument::fromJson(contentOf(memory())).object().value("userSets").toObject();
-    EXPECT_TRUE(sets.value("UserSet3").toString().contains("\nGamma\t0.5\n"));
 }
 
 TEST_F(ColcalCameraCli, FailedWritesExitNonZeroAndKeepThePreviousFile)
@@ -170,17 +167,23 @@ TEST_F(ColcalCameraCli, FailedWritesExitNonZeroAndKeepThePreviousFile)
     EXPECT_FALSE(QFileInfo("/dev/full").isFile());
 }
 
-TEST_F(ColcalCameraCli, SettingsLoadTakesAByteOrderMarkAndStdin)
+// The last load, from stdin, goes into a user set, which outlives the process.
+TEST_F(ColcalCameraCli, SettingsLoadTakesAByteOrderMarkAndStdinAndStoresAUserSet)
 {
-    const QString plain = write("plain.pfs", "Gamma\t0.8\n"), marked = write("marked.pfs", "\xEF\xBB\xBFGamma\t0.8\n");
+    const QString plain = write("plain.pfs", "Gamma\t0.8\n"), marked = write("marked.pfs", "\xEF\xBB\xBFGamma\t0.5\n");
     for (const QString& path : {plain, marked, QString("-")}) {
-        if (path == "-")
+        QStringList args{"settings", "load", path, "--json"};
+        if (path == "-") {
             colcal.setInputFile(marked);
-        const TestProcess::Result r = colcal.run({"settings", "load", path, "--json"});
+            args << "--user-set" << "UserSet3";
+        }
+        const TestProcess::Result r = colcal.run(args);
         EXPECT_EQ(r.exitCode, 0) << r.err.toStdString();
         EXPECT_TRUE(r.out.contains("\"applied\":1")) << r.out.toStdString();
         EXPECT_TRUE(r.out.contains("\"rejected\":0")) << r.out.toStdString();
     }
+    const QJsonObject sets = QJsonDocument::fromJson(contentOf(memory())).object().value("userSets").toObject();
+    EXPECT_TRUE(sets.value("UserSet3").toString().contains("\nGamma\t0.5\n"));
 }
 
 }  // namespace

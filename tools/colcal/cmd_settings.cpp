@@ -9,11 +9,19 @@
 
 #include <QFile>
 
+#include <cstdio>
+
 namespace {
 
 int save(const std::shared_ptr<Kalto::IDevice>& device, const QString& path, bool json)
 {
     const std::string text = Kalto::CFeaturePersistence::Save(device->nodeMap());
+    if (path == "-") {
+        // Standard output carries the settings text alone, so that it can be piped on.
+        if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
+            throw cli::Error("cannot write standard output", cli::Failed);
+        return cli::Ok;
+    }
     QString error;
     if (!Core::saveFile(path, QByteArray::fromStdString(text), &error))
         throw cli::Error(QString("cannot write %1: %2").arg(path, error), cli::Failed);
@@ -59,6 +67,8 @@ int runSettings(const cli::Args& args)
         throw cli::Error("usage: settings save|load [--camera ID] FILE", cli::BadInput);
     if (pos[0] == "save" && args.has("user-set"))
         throw cli::Error("--user-set only goes with load", cli::BadInput);
+    if (pos[0] == "save" && pos[1] == "-" && args.flag("json"))
+        throw cli::Error("settings save -: --json and - would both write standard output; choose one", cli::BadInput);
     auto device = EmulatedCameras::open(args.value("camera", "emu-cmed-0"));
     try {
         const int rc = pos[0] == "save" ? save(device, pos[1], args.flag("json"))

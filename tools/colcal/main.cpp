@@ -54,7 +54,7 @@ const std::map<QString, Entry>& commands()
            {"colcal grab --camera emu-cmed-0 --out frame.png"}}}},
         {"settings",
          {runSettings,
-          {"settings", "save|load FILE", "The camera's feature-persistence text: save it to FILE or load FILE into the camera.",
+          {"settings", "save|load FILE", "The camera's feature-persistence text: save it to FILE (`-`: standard output) or load FILE into the camera.",
            {kCamera, {"user-set", "NAME", "load: also store the result in the user set NAME"}, kJson},
            {"colcal settings save --camera emu-cmed-0 camera.pfs", "colcal settings load --camera emu-cmed-0 camera.pfs"}}}},
         {"delta-e",
