@@ -47,6 +47,8 @@ struct StartRow {
     const char* name;
     QPointF shift;
     double pitch;
+    double squeeze;    // top row lowered by this share of a pitch, the rows below following proportionally
+    double tolerance;  // px
 };
 
 class RefinerStart : public ::testing::TestWithParam<StartRow> {};
@@ -54,31 +56,24 @@ class RefinerStart : public ::testing::TestWithParam<StartRow> {};
 TEST_P(RefinerStart, SettlesOnThePatches)
 {
     const StartRow& row = GetParam();
-    const QVector<QPointF> start = grid(row.shift, row.pitch);
+    QVector<QPointF> start = grid(row.shift, row.pitch);
+    for (int k = 0; k < 24; ++k)
+        start[k].ry() += (3 - k / 6) * kPitch * row.squeeze / 3;
     ASSERT_GT(worstError(start), 3.0) << row.name;
-    EXPECT_LE(worstError(ChartGridRefiner::refine(renderChart(), start)), 2.0) << row.name;
+    EXPECT_LE(worstError(ChartGridRefiner::refine(renderChart(), start)), row.tolerance) << row.name;
 }
 
+// Squeezed rows still overlap their patches, so only moving the whole top side
+// brings the grid back.
 const StartRow kStarts[] = {
-    {"a fifth of a pitch right and down", {6, 6}, kPitch},
-    {"a sixth of a pitch up", {0, -5}, kPitch},
-    {"pitch 5 % short", {0, 0}, kPitch * 0.95},
-    {"pitch 5 % long, shifted", {-3, 2}, kPitch * 1.05},
+    {"a fifth of a pitch right and down", {6, 6}, kPitch, 0, 2.0},
+    {"a sixth of a pitch up", {0, -5}, kPitch, 0, 2.0},
+    {"pitch 5 % short", {0, 0}, kPitch * 0.95, 0, 2.0},
+    {"pitch 5 % long, shifted", {-3, 2}, kPitch * 1.05, 0, 2.0},
+    {"rows squeezed together", {0, 0}, kPitch, 1.0 / 7, 1.5},
 };
 
 INSTANTIATE_TEST_SUITE_P(Rows, RefinerStart, ::testing::ValuesIn(kStarts));
-
-TEST(ChartGridRefiner, RowsSqueezedTogetherSpreadBackOntoThePatches)
-{
-    // The top row starts a seventh of a pitch low and the rows below follow
-    // proportionally: every cell still overlaps its patch, so only moving the
-    // whole top side brings the grid back.
-    QVector<QPointF> start = grid(QPointF(0, 0), kPitch);
-    for (int k = 0; k < 24; ++k)
-        start[k].ry() += (3 - k / 6) * kPitch / 21.0;
-    ASSERT_GT(worstError(start), 4.0);
-    EXPECT_LE(worstError(ChartGridRefiner::refine(renderChart(), start)), 1.5);
-}
 
 TEST(ChartGridRefiner, SmallChartSettlesWithinATenthOfAPitch)
 {
@@ -118,19 +113,13 @@ TEST(ChartGridRefiner, SmallChartSettlesWithinATenthOfAPitch)
     }
 }
 
-TEST(ChartGridRefiner, GridInPlaceStays)
+// A grid in place, a short list, no image or a grid off the image come back unchanged.
+TEST(ChartGridRefiner, NothingToImproveComesBackUnchanged)
 {
-    const QVector<QPointF> start = grid(QPointF(0, 0), kPitch);
-    EXPECT_EQ(ChartGridRefiner::refine(renderChart(), start), start);
-}
-
-TEST(ChartGridRefiner, WrongInputComesBackUnchanged)
-{
-    const QVector<QPointF> shortList = grid(QPointF(0, 0), kPitch).mid(0, 20);
-    EXPECT_EQ(ChartGridRefiner::refine(renderChart(), shortList), shortList);
-    const QVector<QPointF> start = grid(QPointF(0, 0), kPitch);
-    EXPECT_EQ(ChartGridRefiner::refine(QImage(), start), start);
-    const QVector<QPointF> outside = grid(QPointF(-200, 0), kPitch);
+    const QVector<QPointF> inPlace = grid(QPointF(0, 0), kPitch), outside = grid(QPointF(-200, 0), kPitch);
+    EXPECT_EQ(ChartGridRefiner::refine(renderChart(), inPlace), inPlace);
+    EXPECT_EQ(ChartGridRefiner::refine(renderChart(), inPlace.mid(0, 20)), inPlace.mid(0, 20));
+    EXPECT_EQ(ChartGridRefiner::refine(QImage(), inPlace), inPlace);
     EXPECT_EQ(ChartGridRefiner::refine(renderChart(), outside), outside);
 }
 
