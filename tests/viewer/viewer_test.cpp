@@ -18,7 +18,6 @@
 #include "viewerhost.h"
 
 #include "arvtransportlayer.h"
-#include "calibrationresult.h"
 #include "emulatortransportlayer.h"
 
 #include "camerapool/camerapool.h"
@@ -356,14 +355,6 @@ protected:
         rig.click("nextButton");  // Finish
         ASSERT_TRUE(rig.waitForWindowClosed());
         m_ended = rig.ended();
-    }
-
-    // The colour settings of a feature-persistence text, as the results screen lists them.
-    static QJsonObject colourSettings(QString text)
-    {
-        CalibrationResult parser("check");
-        QString filtered = parser.FilterSettings(text);
-        return parser.ParseSettings(filtered);
     }
 
     GevCameraProcess m_server;

@@ -1,5 +1,6 @@
 #include "wizardrig.h"
 
+#include "calibrationresult.h"
 #include "colorcorrectionmodel.h"
 #include "colorcorrectiontooldlg.h"
 #include "core/alocalizedplugin.h"
@@ -48,6 +49,13 @@ bool reallyVisible(QQuickItem* item)
 }
 
 }  // namespace
+
+QJsonObject colourSettings(QString settingsText)
+{
+    CalibrationResult parser("check");
+    QString filtered = parser.FilterSettings(settingsText);
+    return parser.ParseSettings(filtered);
+}
 
 WizardRig::WizardRig(const QString& cameraId, const QString& language)
     : m_pool(std::make_unique<EmulatedPool>()), m_cameraId(cameraId)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDialog>
+#include <QJsonObject>
 #include <QPointer>
 #include <QString>
 #include <QStringList>
@@ -17,6 +18,9 @@ class QObject;
 class QQuickItem;
 class QQuickView;
 class QSignalSpy;
+
+/// The colour settings of a feature-persistence text, as the results screen lists them.
+QJsonObject colourSettings(QString settingsText);
 
 /// One camera's calibrator window as a person sees it: the tool dialog with
 /// the wizard, over an opened session on an emulated camera, in the language

@@ -11,6 +11,7 @@
 #include "qmlkaltocamera.h"
 #include "qmltrapezoid.h"
 #include "qmltrapezoidlist.h"
+#include "uiresources.h"
 
 #include <QFile>
 #include <QFutureSynchronizer>
@@ -26,16 +27,6 @@
 #include <QtConcurrent>
 
 #include <optional>
-
-// Outside any namespace: the resource initialiser is declared where this is called.
-static void initResources()
-{
-    static const bool done = [] {
-        Q_INIT_RESOURCE(colcal_ui);
-        return true;
-    }();
-    Q_UNUSED(done);
-}
 
 namespace {
 
@@ -93,7 +84,7 @@ struct QmlDataModelInterface::Impl {
 
 QmlDataModelInterface::QmlDataModelInterface(ColorCorrectionModel* model) : d(new Impl(model))
 {
-    initResources();
+    initUiResources();
     d->view = std::make_unique<QQuickView>();
     d->view->setResizeMode(QQuickView::SizeRootObjectToView);
     QQmlEngine* engine = d->view->engine();

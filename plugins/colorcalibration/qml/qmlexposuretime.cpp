@@ -8,15 +8,11 @@ namespace {
 
 // Camera-side changes smaller than this share of the slider are not worth a slider jump.
 constexpr double kNotifyThreshold = 0.003;
-constexpr int kCoalesceMs = 10;
 
 }  // namespace
 
-QMLExposureTime::QMLExposureTime(ColorCorrectionModel* model, QObject* parent) : QObject(parent), m_model(model)
+QMLExposureTime::QMLExposureTime(ColorCorrectionModel* model, QObject* parent) : QMLSliderValue(model, parent)
 {
-    m_timer.setSingleShot(true);
-    m_timer.setInterval(kCoalesceMs);
-    connect(&m_timer, &QTimer::timeout, this, [this] { m_pending = false; });
 }
 
 double QMLExposureTime::min() const
@@ -54,11 +50,6 @@ double QMLExposureTime::value()
     return std::log10(m_valueUs);
 }
 
-QString QMLExposureTime::lastError() const
-{
-    return m_lastError;
-}
-
 bool QMLExposureTime::initialize()
 {
     double min = 0, value = 0, max = 0;
@@ -84,12 +75,9 @@ void QMLExposureTime::setValue(double logExposure)
     if (std::abs(exposureUs - m_valueUs) <= 1e-6)
         return;
     m_valueUs = exposureUs;
-    m_pending = true;
-    m_timer.start();
-    if (!m_model->SetExposureTimeValue(exposureUs)) {
-        m_lastError = tr("Couldn't set exposureTime!<br>");
-        emit lastErrorChanged();
-    }
+    startHold();
+    if (!m_model->SetExposureTimeValue(exposureUs))
+        setLastError(tr("Couldn't set exposureTime!<br>"));
 }
 
 void QMLExposureTime::reset()
@@ -107,9 +95,8 @@ void QMLExposureTime::onChangedValue(double exposureUs)
     m_valueUs = exposureUs;
     // Only the old value's logarithm is divided by the range, as the slider always did.
     const double change = std::abs(std::log10(exposureUs) - std::log10(old) / (std::log10(m_maxUs) - std::log10(m_minUs)));
-    if (change > kNotifyThreshold && !m_timer.isActive()) {
-        m_pending = true;
-        m_timer.start();
+    if (change > kNotifyThreshold && !holding()) {
+        startHold();
         emit signalValueChanged();
     }
 }

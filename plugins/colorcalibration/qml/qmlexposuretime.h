@@ -1,19 +1,14 @@
 #pragma once
 
-#include <QObject>
-#include <QString>
-#include <QTimer>
-
-class ColorCorrectionModel;
+#include "qmlslidervalue.h"
 
 /// The exposure-time slider: min, max and value are base-10 logarithms of
 /// the camera's exposure time (µs).
-class QMLExposureTime : public QObject {
+class QMLExposureTime : public QMLSliderValue {
     Q_OBJECT
     Q_PROPERTY(double min READ min WRITE setMin NOTIFY signalMinChanged)
     Q_PROPERTY(double max READ max WRITE setMax NOTIFY signalMaxChanged)
     Q_PROPERTY(double value READ value WRITE setValue NOTIFY signalValueChanged)
-    Q_PROPERTY(QString lastError READ lastError NOTIFY lastErrorChanged)
 public:
     explicit QMLExposureTime(ColorCorrectionModel* model, QObject* parent = nullptr);
 
@@ -24,7 +19,6 @@ public:
     void setMax(double max);
     /// -1 while the exposure time is unknown.
     double value();
-    QString lastError() const;
 
     Q_INVOKABLE bool initialize();
     Q_INVOKABLE void setValue(double logExposure);
@@ -35,20 +29,10 @@ public slots:
     /// The camera changed its exposure time (µs).
     void onChangedValue(double exposureUs);
 
-signals:
-    void signalMinChanged();
-    void signalMaxChanged();
-    void signalValueChanged();
-    void lastErrorChanged();
-
 private:
-    ColorCorrectionModel* m_model;
     double m_minUs = -1.0;
     double m_maxUs = -1.0;
     double m_valueUs = -1.0;
     double m_sliderMin = 0.0;
     double m_sliderMax = 0.0;
-    QTimer m_timer;
-    bool m_pending = false;
-    QString m_lastError;
 };

@@ -8,15 +8,11 @@ namespace {
 
 // Camera-side changes smaller than this share of the range are not worth a slider jump.
 constexpr double kNotifyThreshold = 0.003;
-constexpr int kCoalesceMs = 10;
 
 }  // namespace
 
-QMLGainvalue::QMLGainvalue(ColorCorrectionModel* model, QObject* parent) : QObject(parent), m_model(model)
+QMLGainvalue::QMLGainvalue(ColorCorrectionModel* model, QObject* parent) : QMLSliderValue(model, parent)
 {
-    m_timer.setSingleShot(true);
-    m_timer.setInterval(kCoalesceMs);
-    connect(&m_timer, &QTimer::timeout, this, [this] { m_pending = false; });
 }
 
 double QMLGainvalue::min() const
@@ -34,11 +30,6 @@ double QMLGainvalue::value() const
     if (m_value < 0)
         return -1;
     return (m_value - m_min) / (m_max - m_min);
-}
-
-QString QMLGainvalue::lastError() const
-{
-    return m_lastError;
 }
 
 bool QMLGainvalue::initialize()
@@ -68,12 +59,9 @@ void QMLGainvalue::setValue(double fraction)
     if (std::abs(gain - m_value) <= 1e-6)
         return;
     m_value = gain;
-    m_pending = true;
-    m_timer.start();
-    if (!m_model->SetGainValue(gain)) {
-        m_lastError = tr("Couldn't set gain value!<br>");
-        emit lastErrorChanged();
-    }
+    startHold();
+    if (!m_model->SetGainValue(gain))
+        setLastError(tr("Couldn't set gain value!<br>"));
 }
 
 void QMLGainvalue::reset()
@@ -89,9 +77,8 @@ void QMLGainvalue::onChangedValue(double gain)
         return;
     const double old = m_value;
     m_value = gain;
-    if (std::abs(old - gain) / (m_max - m_min) > kNotifyThreshold && !m_timer.isActive()) {
-        m_pending = true;
-        m_timer.start();
+    if (std::abs(old - gain) / (m_max - m_min) > kNotifyThreshold && !holding()) {
+        startHold();
         emit signalValueChanged();
     }
 }

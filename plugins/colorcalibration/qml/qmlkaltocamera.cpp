@@ -2,6 +2,7 @@
 
 #include "propertyvalue.h"
 #include "qmlkaltocameragrabber.h"
+#include "uiresources.h"
 
 #include <QAbstractVideoSurface>
 #include <QDebug>
@@ -10,16 +11,6 @@
 #include <QThread>
 #include <QVideoFrame>
 #include <QVideoSurfaceFormat>
-
-// Outside any namespace: the resource initialiser is declared where this is called.
-static void initResources()
-{
-    static const bool done = [] {
-        Q_INIT_RESOURCE(colcal_ui);
-        return true;
-    }();
-    Q_UNUSED(done);
-}
 
 namespace {
 
@@ -89,7 +80,7 @@ struct QMLKaltoCamera::Impl {
 
 QMLKaltoCamera::QMLKaltoCamera(CameraInterface* camera, QQuickItem* parent) : QQuickItem(parent), d(new Impl)
 {
-    initResources();
+    initUiResources();
     d->camera = camera;
     d->live.size = kDefaultSize;
 }
