@@ -1,6 +1,7 @@
-// kalto-gev-camera dies while the camera pool streams from it over GigE
-// Vision: the pool and the camera object report the lost connection, once,
-// and nothing waits forever.
+// kalto-gev-camera under the camera pool over GigE Vision: a camera asked
+// for by id is the one the listing gives, an unknown id is refused; the
+// camera dies while the pool streams from it: the pool and the camera object
+// report the lost connection, once, and nothing waits forever.
 
 #include "arvtransportlayer.h"
 #include "gevcameraprocess.h"
@@ -23,6 +24,30 @@
 namespace {
 
 using Plugin::CameraPool::CameraPool;
+
+TEST(GevCameraPool, FindsACameraByIdAsListedAndRefusesAnUnknownId)
+{
+    KALTO_SKIP_UNLESS_LOOPBACK_ONLY();
+    GevCameraProcess server;
+    ASSERT_TRUE(server.start("Q" + std::to_string(::getpid()))) << server.error();
+    Kalto::CTransportLayerRegistry registry;
+    registry.add(std::make_shared<ArvTransportLayer>(std::vector<std::string>{"GigEVision"}));
+
+    CameraPool byId(registry);  // asked before anything was listed
+    const auto found = byId.cameraInfo(QString::fromStdString(server.id()));
+    ASSERT_TRUE(found) << "the pool does not find " << server.id();
+    EXPECT_FALSE(byId.cameraInfo(QString::fromStdString(server.id() + "0")));
+
+    CameraPool listing(registry);
+    const auto listed = listing.cameras("GenICam");
+    ASSERT_EQ(listed.size(), 1);
+    EXPECT_EQ(found->deviceId(), listed[0]->deviceId());
+    EXPECT_EQ(found->modelName(), listed[0]->modelName());
+    EXPECT_EQ(found->vendorName(), listed[0]->vendorName());
+    EXPECT_EQ(found->serialNumber(), listed[0]->serialNumber());
+    EXPECT_EQ(found->transportLayer(), "GenICam");
+    EXPECT_EQ(found->sfncVersion(), QVersionNumber(2, 3, 0));
+}
 
 TEST(GevCameraPool, KillingTheCameraDuringAGrabGivesConnectionLost)
 {
