@@ -25,14 +25,22 @@ namespace {
 
 using Plugin::CameraPool::CameraPool;
 
-TEST(GevCameraPool, FindsACameraByIdAsListedAndRefusesAnUnknownId)
-{
-    KALTO_SKIP_UNLESS_LOOPBACK_ONLY();
-    GevCameraProcess server;
-    ASSERT_TRUE(server.start("Q" + std::to_string(::getpid()))) << server.error();
-    Kalto::CTransportLayerRegistry registry;
-    registry.add(std::make_shared<ArvTransportLayer>(std::vector<std::string>{"GigEVision"}));
+// A camera of its own per test, behind a registry with the GigE Vision layer.
+class GevCameraPool : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        KALTO_SKIP_UNLESS_LOOPBACK_ONLY();
+        ASSERT_TRUE(server.start("P" + std::to_string(::getpid()))) << server.error();
+        registry.add(std::make_shared<ArvTransportLayer>(std::vector<std::string>{"GigEVision"}));
+    }
 
+    GevCameraProcess server;
+    Kalto::CTransportLayerRegistry registry;
+};
+
+TEST_F(GevCameraPool, FindsACameraByIdAsListedAndRefusesAnUnknownId)
+{
     CameraPool byId(registry);  // asked before anything was listed
     const auto found = byId.cameraInfo(QString::fromStdString(server.id()));
     ASSERT_TRUE(found) << "the pool does not find " << server.id();
@@ -49,14 +57,8 @@ TEST(GevCameraPool, FindsACameraByIdAsListedAndRefusesAnUnknownId)
     EXPECT_EQ(found->sfncVersion(), QVersionNumber(2, 3, 0));
 }
 
-TEST(GevCameraPool, KillingTheCameraDuringAGrabGivesConnectionLost)
+TEST_F(GevCameraPool, KillingTheCameraDuringAGrabGivesConnectionLost)
 {
-    KALTO_SKIP_UNLESS_LOOPBACK_ONLY();
-    GevCameraProcess server;
-    ASSERT_TRUE(server.start("P" + std::to_string(::getpid()))) << server.error();
-
-    Kalto::CTransportLayerRegistry registry;
-    registry.add(std::make_shared<ArvTransportLayer>(std::vector<std::string>{"GigEVision"}));
     CameraPool pool(registry);
     const auto info = pool.cameraInfo(QString::fromStdString(server.id()));
     ASSERT_TRUE(info) << "the pool does not list " << server.id();
