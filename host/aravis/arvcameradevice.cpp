@@ -322,6 +322,29 @@ ArvCameraDevice::~ArvCameraDevice()
     delete d->weakSelf;
 }
 
+std::shared_ptr<ArvCameraDevice> ArvCameraDevice::connectTo(Kalto::SDeviceInfo info)
+{
+    auto device = std::make_shared<ArvCameraDevice>(std::move(info));
+    try {
+        device->d->connect();
+    } catch (const std::exception&) {
+        return nullptr;
+    }
+    Impl& d = *device->d;
+    const auto fill = [&d](std::string& field, const char* (*read)(ArvCamera*, GError**)) {
+        GError* error = nullptr;
+        const char* value = read(d.camera, &error);
+        if (error)
+            g_error_free(error);  // a camera without the feature is listed without it
+        else if (value)
+            field = value;
+    };
+    fill(d.info.modelName, &arv_camera_get_model_name);
+    fill(d.info.vendorName, &arv_camera_get_vendor_name);
+    fill(d.info.serialNumber, &arv_camera_get_device_serial_number);
+    return device;
+}
+
 Kalto::SDeviceInfo ArvCameraDevice::info() const { return d->info; }
 
 void ArvCameraDevice::open()

@@ -19,6 +19,10 @@
 class ArvCameraDevice : public Kalto::IDevice {
 public:
     explicit ArvCameraDevice(Kalto::SDeviceInfo info);
+    /// Connects to the camera `info.id` names (an Aravis device id, or an address
+    /// on GigE Vision) without listing every camera first, and takes its model,
+    /// vendor and serial number from the device. Null when no camera answers.
+    static std::shared_ptr<ArvCameraDevice> connectTo(Kalto::SDeviceInfo info);
     ~ArvCameraDevice() override;
 
     Kalto::SDeviceInfo info() const override;

@@ -47,23 +47,29 @@ std::vector<Kalto::SDeviceInfo> ArvTransportLayer::enumerateDevices()
         if (!info.id.empty())
             m_devices.push_back(info);
     }
-    m_enumerated = true;
     return m_devices;
 }
 
 std::shared_ptr<Kalto::IDevice> ArvTransportLayer::createDevice(const std::string& deviceId)
 {
-    if (!m_enumerated)
-        enumerateDevices();
     std::lock_guard<std::mutex> lock(m_mutex);
     const auto it = m_cameras.find(deviceId);
     if (it != m_cameras.end() && it->second->isConnected())
         return it->second;
-    // A camera that was lost and is listed again is a new connection.
+    // A camera that was lost and is found again is a new connection.
     for (const Kalto::SDeviceInfo& info : m_devices)
         if (info.id == deviceId)
             return m_cameras[deviceId] = std::make_shared<ArvCameraDevice>(info);
-    return nullptr;
+    // Not in the last list, or no list made: a full enumeration waits out
+    // Aravis's discovery timeout (a second) for cameras that may still answer,
+    // while asking for this one camera ends when it answers.
+    Kalto::SDeviceInfo info;
+    info.id = deviceId;
+    info.transportLayer = name();
+    auto camera = ArvCameraDevice::connectTo(info);
+    if (!camera)
+        return nullptr;
+    return m_cameras[deviceId] = camera;
 }
 
 bool ArvTransportLayer::enabledBy(bool commandLineSwitch)

@@ -25,8 +25,8 @@ public:
 
     std::string name() const override { return "GenICam"; }
     std::vector<Kalto::SDeviceInfo> enumerateDevices() override;
-    /// Looks the id up in the last enumeration (enumerating once if there was none);
-    /// the same object again while it is connected.
+    /// The camera from the last enumeration, or else asked for by its id alone
+    /// (no enumeration needed); the same object again while it is connected.
     std::shared_ptr<Kalto::IDevice> createDevice(const std::string& deviceId) override;
 
     /// Whether the GenICam backend is asked for: the command line's switch
@@ -37,7 +37,6 @@ public:
 
 private:
     std::mutex m_mutex;
-    bool m_enumerated = false;
     std::vector<Kalto::SDeviceInfo> m_devices;
     std::map<std::string, std::shared_ptr<ArvCameraDevice>> m_cameras;
 };

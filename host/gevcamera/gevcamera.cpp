@@ -454,7 +454,7 @@ GevCamera::~GevCamera() = default;
 
 std::string GevCamera::deviceId() const
 {
-    return "Aravis-" + d->options.model + "-" + d->options.serial;
+    return "Kalto-" + d->options.model + "-" + d->options.serial;
 }
 
 std::string GevCamera::memoryId() const

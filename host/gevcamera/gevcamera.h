@@ -21,7 +21,7 @@ public:
     explicit GevCamera(const Options& options);
     ~GevCamera();  ///< stops serving
 
-    /// The id GigE Vision discovery gives the camera ("Aravis-<model>-<serial>").
+    /// The id GigE Vision discovery gives the camera ("Kalto-<model>-<serial>").
     std::string deviceId() const;
     /// The camera's own id for its user sets (kept like an emulated camera's).
     std::string memoryId() const;

@@ -97,6 +97,9 @@ RegisterLayout::RegisterLayout(const Kalto::CNodeMap& map) : m_map(map)
             s.address = kHeightAddress;
         } else if (name == "PixelFormat") {
             s.address = kPixelFormatAddress;
+        } else if (name == "DeviceVendorName") {
+            s.address = kVendorNameAddress;
+            s.length = 32;
         } else if (name == "DeviceModelName") {
             s.address = kModelNameAddress;
             s.length = 32;

@@ -18,8 +18,8 @@ class CNodeMap;
 /// value / increment behind a Converter, so a client rounds to the increment
 /// itself and reads the rounded value back at once, as from a real camera.
 /// Width, Height and PixelFormat sit on the fake camera's own registers, which
-/// size its frames; DeviceModelName and DeviceSerialNumber on the bootstrap
-/// registers that discovery reports.
+/// size its frames; DeviceVendorName, DeviceModelName and DeviceSerialNumber on
+/// the bootstrap registers that discovery reports, as on a real camera.
 class RegisterLayout {
 public:
     enum class Kind { ScaledFloat, DoubleFloat, Integer, Enumeration, Boolean, String, Command };
@@ -54,6 +54,7 @@ public:
     static constexpr uint32_t kTriggerModeAddress = 0x300;
     static constexpr uint32_t kTriggerSourceAddress = 0x304;
     static constexpr uint32_t kTriggerSoftwareAddress = 0x30C;
+    static constexpr uint32_t kVendorNameAddress = 0x48;
     static constexpr uint32_t kModelNameAddress = 0x68;
     static constexpr uint32_t kSerialNumberAddress = 0xD8;
     /// The bootstrap's control channel privilege.

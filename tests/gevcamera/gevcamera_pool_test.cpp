@@ -1,6 +1,7 @@
-// kalto-gev-camera dies while the camera pool streams from it over GigE
-// Vision: the pool and the camera object report the lost connection, once,
-// and nothing waits forever.
+// kalto-gev-camera under the camera pool over GigE Vision: a camera asked
+// for by id is the one the listing gives, an unknown id is refused; the
+// camera dies while the pool streams from it: the pool and the camera object
+// report the lost connection, once, and nothing waits forever.
 
 #include "arvtransportlayer.h"
 #include "gevcameraprocess.h"
@@ -24,14 +25,40 @@ namespace {
 
 using Plugin::CameraPool::CameraPool;
 
-TEST(GevCameraPool, KillingTheCameraDuringAGrabGivesConnectionLost)
-{
-    KALTO_SKIP_UNLESS_LOOPBACK_ONLY();
-    GevCameraProcess server;
-    ASSERT_TRUE(server.start("P" + std::to_string(::getpid()))) << server.error();
+// A camera of its own per test, behind a registry with the GigE Vision layer.
+class GevCameraPool : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        KALTO_SKIP_UNLESS_LOOPBACK_ONLY();
+        ASSERT_TRUE(server.start("P" + std::to_string(::getpid()))) << server.error();
+        registry.add(std::make_shared<ArvTransportLayer>(std::vector<std::string>{"GigEVision"}));
+    }
 
+    GevCameraProcess server;
     Kalto::CTransportLayerRegistry registry;
-    registry.add(std::make_shared<ArvTransportLayer>(std::vector<std::string>{"GigEVision"}));
+};
+
+TEST_F(GevCameraPool, FindsACameraByIdAsListedAndRefusesAnUnknownId)
+{
+    CameraPool byId(registry);  // asked before anything was listed
+    const auto found = byId.cameraInfo(QString::fromStdString(server.id()));
+    ASSERT_TRUE(found) << "the pool does not find " << server.id();
+    EXPECT_FALSE(byId.cameraInfo(QString::fromStdString(server.id() + "0")));
+
+    CameraPool listing(registry);
+    const auto listed = listing.cameras("GenICam");
+    ASSERT_EQ(listed.size(), 1);
+    EXPECT_EQ(found->deviceId(), listed[0]->deviceId());
+    EXPECT_EQ(found->modelName(), listed[0]->modelName());
+    EXPECT_EQ(found->vendorName(), listed[0]->vendorName());
+    EXPECT_EQ(found->serialNumber(), listed[0]->serialNumber());
+    EXPECT_EQ(found->transportLayer(), "GenICam");
+    EXPECT_EQ(found->sfncVersion(), QVersionNumber(2, 3, 0));
+}
+
+TEST_F(GevCameraPool, KillingTheCameraDuringAGrabGivesConnectionLost)
+{
     CameraPool pool(registry);
     const auto info = pool.cameraInfo(QString::fromStdString(server.id()));
     ASSERT_TRUE(info) << "the pool does not list " << server.id();

@@ -57,7 +57,7 @@ protected:
         m_serial = "T" + std::to_string(::getpid());
         ASSERT_TRUE(m_server.start(m_serial)) << m_server.error();
         m_id = m_server.id();
-        EXPECT_EQ(m_id, "Aravis-kA1920-40gcMED Emulator-" + m_serial);
+        EXPECT_EQ(m_id, "Kalto-kA1920-40gcMED Emulator-" + m_serial);
 
         arv_update_device_list();
         GError* error = nullptr;
@@ -192,6 +192,8 @@ TEST_F(GevCameraTest, FeaturesAgreeWithTheEmulatedMedicalCamera)
     EmulatedCamera reference(medicalModel());
     Kalto::CNodeMap& map = reference.nodeMap();
     const std::set<std::string> differ = {"DeviceModelName", "DeviceSerialNumber"};
+    // On the bootstrap registers, which fix their lengths.
+    const std::set<std::string> bootstrap = {"DeviceVendorName", "DeviceModelName", "DeviceSerialNumber"};
     for (const std::string& name : map.nodeNames()) {
         SCOPED_TRACE(name);
         ArvGcNode* n = node(name);
@@ -246,11 +248,11 @@ TEST_F(GevCameraTest, FeaturesAgreeWithTheEmulatedMedicalCamera)
             break;
         case ENodeType::String:
             ASSERT_TRUE(ARV_IS_GC_STRING(n));
-            if (!differ.count(name)) {
+            if (!bootstrap.count(name))
                 EXPECT_EQ(arv_gc_string_get_max_length(ARV_GC_STRING(n), &e),
                           static_cast<gint64>(map.stringMaxLength(name)));
+            if (!differ.count(name))
                 EXPECT_EQ(std::string(arv_gc_string_get_value(ARV_GC_STRING(n), &e)), map.getString(name));
-            }
             break;
         case ENodeType::Command:
             ASSERT_TRUE(ARV_IS_GC_COMMAND(n));

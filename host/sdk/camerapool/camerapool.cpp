@@ -49,6 +49,32 @@ struct CameraPool::Impl {
     mutable QRecursiveMutex mutex;
     QMap<QString, Entry> entries;
     QList<QSharedPointer<Core::Service::IService>> services;
+
+    // The pool's camera for a device the layer found, made on first sight;
+    // null when the layer cannot create it.
+    QSharedPointer<CameraInfo> entryOf(Kalto::ITransportLayer& layer, Kalto::SDeviceInfo info, CameraPool* pool,
+                                       std::shared_ptr<Kalto::IDevice> device = nullptr)
+    {
+        if (info.transportLayer.empty())
+            info.transportLayer = layer.name();
+        const QString id = QString::fromStdString(info.id);
+        QMutexLocker lock(&mutex);
+        auto it = entries.find(id);
+        if (it == entries.end()) {
+            if (!device)
+                device = layer.createDevice(info.id);
+            if (!device)
+                return {};
+            Entry e;
+            e.device = device;
+            e.info = QSharedPointer<CameraInfo>::create(info, sfncOf(*device));
+            e.camera = QSharedPointer<Camera>(new Camera(device, e.info));
+            QObject::connect(e.camera.data(), &ICamera::cameraConnectionLost, pool,
+                             [pool, id] { emit pool->cameraConnectionLost(id); }, Qt::DirectConnection);
+            it = entries.insert(id, e);
+        }
+        return it->info;
+    }
 };
 
 CameraPool::CameraPool(Kalto::CTransportLayerRegistry& registry, QObject* parent)
@@ -98,27 +124,9 @@ QList<QSharedPointer<ICameraInfo>> CameraPool::cameras(const QString& transportL
     auto layer = d->registry.transportLayer(transportLayer.toStdString());
     if (!layer)
         return out;
-    for (Kalto::SDeviceInfo info : layer->enumerateDevices()) {
-        if (info.transportLayer.empty())
-            info.transportLayer = layer->name();
-        const QString id = QString::fromStdString(info.id);
-        QMutexLocker lock(&d->mutex);
-        auto it = d->entries.find(id);
-        if (it == d->entries.end()) {
-            auto device = layer->createDevice(info.id);
-            if (!device)
-                continue;
-            Impl::Entry e;
-            e.device = device;
-            e.info = QSharedPointer<CameraInfo>::create(info, sfncOf(*device));
-            e.camera = QSharedPointer<Camera>(new Camera(device, e.info));
-            CameraPool* self = const_cast<CameraPool*>(this);
-            connect(e.camera.data(), &ICamera::cameraConnectionLost, self,
-                    [self, id] { emit self->cameraConnectionLost(id); }, Qt::DirectConnection);
-            it = d->entries.insert(id, e);
-        }
-        out << it->info;
-    }
+    for (const Kalto::SDeviceInfo& info : layer->enumerateDevices())
+        if (const auto known = d->entryOf(*layer, info, const_cast<CameraPool*>(this)))
+            out << known;
     return out;
 }
 
@@ -130,10 +138,11 @@ QSharedPointer<ICameraInfo> CameraPool::cameraInfo(const QString& deviceId) cons
         if (it != d->entries.constEnd())
             return it->info;
     }
-    for (const QString& layer : transportLayers())
-        for (const auto& info : cameras(layer))
-            if (info->deviceId() == deviceId)
-                return info;
+    // Asked for by id, without listing every camera: a GigE Vision listing
+    // alone waits a second for late answers.
+    for (const auto& layer : d->registry.transportLayers())
+        if (const auto device = layer->createDevice(deviceId.toStdString()))
+            return d->entryOf(*layer, device->info(), const_cast<CameraPool*>(this), device);
     return {};
 }
 
