@@ -222,6 +222,8 @@ struct HitRateRow {
     double hitRate;
 };
 
+void PrintTo(const HitRateRow& row, std::ostream* os) { *os << "pixel " << row.pixel; }
+
 class GreyHitRate : public ::testing::TestWithParam<HitRateRow> {};
 
 TEST_P(GreyHitRate, BrightnessIsTruncatedBeforeThePercentage)

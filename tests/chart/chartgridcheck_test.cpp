@@ -65,6 +65,8 @@ struct PlacementRow {
     Margin margin;
 };
 
+void PrintTo(const PlacementRow& row, std::ostream* os) { *os << row.name; }
+
 class GridPlacement : public ::testing::TestWithParam<PlacementRow> {};
 
 // Only the grid on the patches passes the checks. The grid beside the chart by
@@ -133,6 +135,8 @@ struct OffPatchRow {
     double noise;          // 8-bit code values
     int fewest, most;      // cells off their patches
 };
+
+void PrintTo(const OffPatchRow& row, std::ostream* os) { *os << row.name; }
 
 class CellsOffPatches : public ::testing::TestWithParam<OffPatchRow> {};
 

@@ -51,6 +51,8 @@ struct StartRow {
     double tolerance;  // px
 };
 
+void PrintTo(const StartRow& row, std::ostream* os) { *os << row.name; }
+
 class RefinerStart : public ::testing::TestWithParam<StartRow> {};
 
 TEST_P(RefinerStart, SettlesOnThePatches)

@@ -23,6 +23,8 @@ struct ValidationRow {
     bool valid;
 };
 
+void PrintTo(const ValidationRow& row, std::ostream* os) { *os << row.name; }
+
 class FinderValidation : public ::testing::TestWithParam<ValidationRow> {};
 
 TEST_P(FinderValidation, AppliesThePlausibilityRules)

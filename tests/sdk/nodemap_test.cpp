@@ -52,6 +52,11 @@ struct IntCase {
     int64_t min, max, inc, written, expected;
 };
 
+void PrintTo(const IntCase& c, std::ostream* os)
+{
+    *os << c.written << " into " << c.min << ".." << c.max << " step " << c.inc;
+}
+
 class IntegerWrite : public ::testing::TestWithParam<IntCase> {};
 
 TEST_P(IntegerWrite, ClipsAndRoundsToIncrement)
